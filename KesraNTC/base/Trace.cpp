@@ -1,0 +1,3 @@
+#include "KesraNTC/base/Trace.h"
+
+void TRACE(const char*, ...) {}
