@@ -1,0 +1,118 @@
+#include "KesraNTC/net/CPropCollection.h"
+
+#include <algorithm>
+
+namespace
+{
+
+int Folded(char ch)
+{
+    const auto byte = static_cast<unsigned char>(ch);
+    return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
+}
+
+const char* NameOf(const char* name)
+{
+    return name != nullptr ? name : "";
+}
+
+bool HasBytesLeft(const CNTPacket& packet)
+{
+    return packet.GetBufPoint() < std::min(packet.GetBufSize(), CNTPacket::Capacity);
+}
+
+} // namespace
+
+bool CPropCollection::NameOrder::operator()(const char* left, const char* right) const
+{
+    while (*left != '\0' && Folded(*left) == Folded(*right)) {
+        ++left;
+        ++right;
+    }
+    return Folded(*left) < Folded(*right);
+}
+
+CPropCollection::CPropCollection(_variant_t image)
+{
+    CopyFrom(image);
+}
+
+CPropCollection& CPropCollection::operator=(const std::vector<unsigned char>& image)
+{
+    CopyFrom(image);
+    return *this;
+}
+
+CPropCollection& CPropCollection::operator=(const _variant_t& image)
+{
+    CopyFrom(image);
+    return *this;
+}
+
+_variant_t CPropCollection::GetProperty(const char* name) const
+{
+    const auto found = Properties.find(NameOf(name));
+    return found != Properties.end() ? found->second : _variant_t();
+}
+
+void CPropCollection::SetProperty(const char* name, const _variant_t& value)
+{
+    const auto found = Properties.find(NameOf(name));
+    if (found != Properties.end())
+        found->second = value;
+    else
+        Properties.emplace(CString(NameOf(name)), value);
+}
+
+void CPropCollection::EraseProperty(const char* name)
+{
+    const auto found = Properties.find(NameOf(name));
+    if (found != Properties.end())
+        Properties.erase(found);
+}
+
+/// Takes the value over, unless the name is there already. Names arrive in ascending order as a rule.
+void CPropCollection::Append(const char* name, _variant_t& value)
+{
+    const std::size_t before = Properties.size();
+    const auto pair = Properties.try_emplace(Properties.end(), CString(name));
+    if (Properties.size() != before)
+        pair->second.Attach(value);
+}
+
+bool CPropCollection::WriteTo(CNTPacket& packet) const
+{
+    packet << static_cast<unsigned int>(Properties.size());
+    bool complete = true;
+    for (const auto& [name, value] : Properties) {
+        const bool nameFits = Kesra::WriteText(packet, name);
+        const bool valueFits = Kesra::WriteVariant(packet, value);
+        complete = complete && nameFits && valueFits;
+    }
+    return complete;
+}
+
+void CPropCollection::ReadPairs(CNTPacket& packet, int count)
+{
+    CString name;
+    _variant_t value;
+    for (int i = 0; i < count && HasBytesLeft(packet); ++i) {
+        packet >> name >> value;
+        Append(name, value);
+    }
+}
+
+CNTPacket& operator<<(CNTPacket& packet, const CPropCollection& properties)
+{
+    properties.WriteTo(packet);
+    return packet;
+}
+
+CNTPacket& operator>>(CNTPacket& packet, CPropCollection& properties)
+{
+    int count = 0;
+    packet >> count;
+    properties.Properties.clear();
+    properties.ReadPairs(packet, count);
+    return packet;
+}
