@@ -1,0 +1,29 @@
+#pragma once
+
+#include "KesraNTC/net/CNTPacket.h"
+#include "KesraNTC/platform/Export.h"
+#include "KesraNTC/world/TObject.h"
+
+/// A character that nobody plays.
+class KESRANTC_API TNPC : public TObject
+{
+public:
+    TNPC();
+    /// A character of a default record that takes what assignment takes.
+    TNPC(const TNPC& other);
+    /// Copies the movement (but the dead-reckoning state) and the identifier; the rest stays.
+    TNPC& operator=(const TNPC& other);
+    ~TNPC() override;
+
+    /// Restores the defaults: identifier and session 0, zones -1. Movement and template stay.
+    void Init();
+
+    short GetNpcTemplateID() const { return NpcTemplateID; }
+    void SetNpcTemplateID(short id) { NpcTemplateID = id; }
+
+private:
+    short NpcTemplateID = 0;
+};
+
+/// Reads nothing: the wire form is empty, and a list of them is its count alone.
+KESRANTC_API CNTPacket& operator>>(CNTPacket& packet, TNPC& npc);
