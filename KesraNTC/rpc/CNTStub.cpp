@@ -1,0 +1,3 @@
+#include "KesraNTC/rpc/CNTStub.h"
+
+CNTStub::~CNTStub() = default;
