@@ -1,0 +1,28 @@
+# Header-only libraries of the server and the tools. They are linked into an include folder of their own,
+# so that a cross build sees them and nothing else of the host's headers.
+function(kesra_header_library target header folder)
+  find_path(${target}_DIR ${header} PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH)
+  if(NOT ${target}_DIR)
+    return()
+  endif()
+  set(view ${CMAKE_BINARY_DIR}/header-libraries/${folder})
+  file(MAKE_DIRECTORY ${view})
+  foreach(entry ${ARGN})
+    file(CREATE_LINK ${${target}_DIR}/${entry} ${view}/${entry} SYMBOLIC)
+  endforeach()
+  add_library(${target} INTERFACE)
+  target_include_directories(${target} SYSTEM INTERFACE ${view})
+endfunction()
+
+kesra_header_library(KesraNTC_Asio asio.hpp asio asio asio.hpp)
+kesra_header_library(KesraNTC_CLI11 CLI/CLI.hpp cli11 CLI)
+
+if(TARGET KesraNTC_Asio)
+  find_package(Threads REQUIRED)
+  target_compile_definitions(KesraNTC_Asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+  target_link_libraries(KesraNTC_Asio INTERFACE Threads::Threads)
+  if(WIN32)
+    target_compile_definitions(KesraNTC_Asio INTERFACE _WIN32_WINNT=0x0601)
+    target_link_libraries(KesraNTC_Asio INTERFACE ws2_32 mswsock)
+  endif()
+endif()

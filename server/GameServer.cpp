@@ -1,0 +1,257 @@
+#include "server/GameServer.h"
+
+#include "server/Network.h"
+#include "server/Peer.h"
+#include "server/Scenario.h"
+
+#include <map>
+
+namespace Kesra
+{
+namespace
+{
+
+static_assert(PacketHeaderSize == CNTPacket::HeaderSize && PacketLimit == CNTPacket::Capacity);
+
+/// The entries of SC_GS_LIST: this server's number and how busy it is.
+constexpr sGS OwnEntry{1, 0};
+
+std::vector<unsigned char> BytesOf(const CNTPacket& packet)
+{
+    return {packet.GetBuf(), packet.GetBuf() + packet.GetBufSize()};
+}
+
+} // namespace
+
+/// Everything but Network::Post, Call and After and the recorder is used on the server's thread.
+class GameServer::Implementation final : public NetworkOwner
+{
+public:
+    explicit Implementation(const ServerOptions& options);
+    ~Implementation() override;
+
+    void OnAccepted(PeerID peer, Link& link) override;
+    void OnPacket(PeerID peer, const unsigned char* bytes, std::size_t size) override;
+    void OnEnded(PeerID peer) override;
+
+    void StartScenario(Character* starter);
+
+    Recorder Record;
+    World Game;
+    PeerSettings Settings;
+    std::map<PeerID, std::unique_ptr<Peer>> Peers;
+    std::shared_ptr<const std::vector<ScenarioStep>> Scenario;
+    Network Net;
+
+private:
+    void SendClocks(std::chrono::milliseconds interval);
+    void RunStep(std::shared_ptr<const std::vector<ScenarioStep>> steps, std::size_t next,
+                 std::string starter);
+    void Perform(const ScenarioStep& step, const std::string& starter);
+};
+
+GameServer::Implementation::Implementation(const ServerOptions& options)
+    : Record(options.KeepReceived, options.Log),
+      Game([this](std::chrono::milliseconds delay, std::function<void()> work) {
+          Net.After(delay, std::move(work));
+      }),
+      Scenario(std::make_shared<std::vector<ScenarioStep>>()),
+      Net(options.Address, options.Port, *this, Record)
+{
+    Settings.OpenAccounts = options.OpenAccounts;
+    Settings.GameServers = {OwnEntry};
+    Settings.StartScenario = [this](Character* starter) { StartScenario(starter); };
+    if (options.ClockInterval.count() > 0) {
+        SendClocks(options.ClockInterval);
+    }
+    Net.Start();
+}
+
+GameServer::Implementation::~Implementation()
+{
+    // Peers log off through their links, which die with the network.
+    Net.Stop();
+    Peers.clear();
+}
+
+void GameServer::Implementation::OnAccepted(PeerID peer, Link& link)
+{
+    Peers.emplace(peer, std::make_unique<Peer>(link, peer, Game, Record, Settings));
+}
+
+void GameServer::Implementation::OnPacket(PeerID peer, const unsigned char* bytes, std::size_t size)
+{
+    CNTPacket packet(CNTPacket::Unzeroed{});
+    packet.Write(bytes, static_cast<unsigned short>(size));
+    packet.SetBufPoint(0);
+    Peers.at(peer)->Handle(packet);
+}
+
+void GameServer::Implementation::OnEnded(PeerID peer)
+{
+    Peers.erase(peer);
+}
+
+void GameServer::Implementation::SendClocks(std::chrono::milliseconds interval)
+{
+    for (const auto& [id, peer] : Peers) {
+        peer->SendClock();
+    }
+    Net.After(interval, [this, interval] { SendClocks(interval); });
+}
+
+void GameServer::Implementation::StartScenario(Character* starter)
+{
+    RunStep(Scenario, 0, starter != nullptr ? starter->Name() : std::string());
+}
+
+void GameServer::Implementation::RunStep(std::shared_ptr<const std::vector<ScenarioStep>> steps,
+                                         std::size_t next, std::string starter)
+{
+    while (next < steps->size()) {
+        const ScenarioStep& step = (*steps)[next++];
+        if (step.Wait.count() == 0) {
+            Perform(step, starter);
+            continue;
+        }
+        Net.After(step.Wait, [this, steps, &step, next, starter] {
+            Perform(step, starter);
+            RunStep(steps, next, starter);
+        });
+        return;
+    }
+}
+
+void GameServer::Implementation::Perform(const ScenarioStep& step, const std::string& starter)
+{
+    const auto find = [&](const std::string& name) {
+        return Game.FindCharacter(name == "me" ? starter : name);
+    };
+    const auto idOf = [&](const std::string& name) {
+        Character* character = find(name);
+        return character != nullptr ? character->ID() : 0UL;
+    };
+    CNTPacket packet = step.Build(idOf);
+    if (step.Target == "all") {
+        for (const auto& [id, peer] : Peers) {
+            peer->Send(packet);
+        }
+    } else if (Character* target = find(step.Target)) {
+        target->Send(packet);
+    } else {
+        Record.Log("scenario line " + std::to_string(step.Line) + ": nobody is called " + step.Target);
+    }
+}
+
+GameServer::GameServer(const ServerOptions& options) : Inner(std::make_unique<Implementation>(options)) {}
+
+GameServer::~GameServer() = default;
+
+unsigned short GameServer::GetPort() const
+{
+    return Inner->Net.Port();
+}
+
+void GameServer::AddAccount(const std::string& name, const std::string& password, bool master)
+{
+    Inner->Net.Call([&] { Inner->Game.AddAccount(name, password, master); });
+}
+
+void GameServer::Push(PeerID peer, const CNTPacket& packet)
+{
+    Inner->Net.Call([&] { Inner->Net.Send(peer, BytesOf(packet)); });
+}
+
+void GameServer::PushAll(const CNTPacket& packet)
+{
+    Push(Everyone, packet);
+}
+
+bool GameServer::PushTo(const std::string& nickname, const CNTPacket& packet)
+{
+    bool sent = false;
+    Inner->Net.Call([&] {
+        Character* character = Inner->Game.FindCharacter(nickname);
+        sent = character != nullptr && character->Player != nullptr;
+        if (sent) {
+            character->Send(packet);
+        }
+    });
+    return sent;
+}
+
+void GameServer::LoadScenario(const std::string& text)
+{
+    auto steps = std::make_shared<const std::vector<ScenarioStep>>(ParseScenario(text));
+    Inner->Net.Call([&] { Inner->Scenario = steps; });
+}
+
+void GameServer::StartScenario()
+{
+    Inner->Net.Call([&] { Inner->StartScenario(nullptr); });
+}
+
+void GameServer::SetFaults(const Faults& faults)
+{
+    SetFaults(Everyone, faults);
+}
+
+void GameServer::SetFaults(PeerID peer, const Faults& faults)
+{
+    Inner->Net.Call([&] { Inner->Net.SetFaults(peer, faults); });
+}
+
+void GameServer::ReleaseReplies()
+{
+    Inner->Net.Call([&] { Inner->Net.ReleaseReplies(Everyone); });
+}
+
+void GameServer::SendBytes(PeerID peer, const std::vector<unsigned char>& bytes)
+{
+    Inner->Net.Call([&] { Inner->Net.SendBytes(peer, bytes); });
+}
+
+void GameServer::SendHeader(PeerID peer, unsigned short number, unsigned short size)
+{
+    const auto low = [](unsigned short word) { return static_cast<unsigned char>(word & 0xFF); };
+    const auto high = [](unsigned short word) { return static_cast<unsigned char>(word >> 8); };
+    SendBytes(peer, {low(number), high(number), low(size), high(size)});
+}
+
+void GameServer::Close(PeerID peer)
+{
+    Inner->Net.Call([&] { Inner->Net.Close(peer); });
+}
+
+void GameServer::Reset(PeerID peer)
+{
+    Inner->Net.Call([&] { Inner->Net.Reset(peer); });
+}
+
+bool GameServer::WaitFor(const std::function<bool(const ServerCounters&)>& predicate,
+                         std::chrono::milliseconds limit) const
+{
+    return Inner->Record.WaitFor(predicate, limit);
+}
+
+bool GameServer::WaitForReceived(unsigned short number, unsigned count) const
+{
+    return WaitFor([=](const ServerCounters& counters) { return counters.ReceivedOf(number) >= count; });
+}
+
+ServerCounters GameServer::GetCounters() const
+{
+    return Inner->Record.Counters();
+}
+
+std::vector<ReceivedPacket> GameServer::GetReceived() const
+{
+    return Inner->Record.Received();
+}
+
+std::vector<std::string> GameServer::GetLog() const
+{
+    return Inner->Record.LogLines();
+}
+
+} // namespace Kesra

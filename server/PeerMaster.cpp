@@ -1,0 +1,194 @@
+// What game masters may do.
+#include "server/Peer.h"
+
+#include <algorithm>
+
+namespace Kesra
+{
+namespace
+{
+
+constexpr int SilenceLimit = 365 * 24 * 3600;
+
+} // namespace
+
+/// The playing avatar of a command without a reply; null when there is none or the player is no game
+/// master, which has then been told.
+Character* Peer::FindTarget(const LongText& name)
+{
+    if (!IsMaster()) {
+        Refuse(Result::NotAllowed);
+        return nullptr;
+    }
+    Character* target = Game.FindCharacter(name.Value);
+    if (target == nullptr || !target->IsPlaying()) {
+        Refuse(Result::NoSuchAvatar);
+        return nullptr;
+    }
+    return target;
+}
+
+void Peer::MoveToAvatar(Serial serial, const LongText& name)
+{
+    Character* target = Game.FindCharacter(name.Value);
+    Result result = Result::Done;
+    if (!IsMaster()) {
+        result = Result::NotAllowed;
+    } else if (target == nullptr || !target->IsPlaying()) {
+        result = Result::NoSuchAvatar;
+    } else if (Self == nullptr || !Self->IsPlaying()) {
+        result = Result::NotPlaying;
+    }
+    if (result != Result::Done) {
+        Reply(GS_REPLY_21001, serial, short{0}, CNTVector(), result);
+        return;
+    }
+    Reply(GS_REPLY_21001, serial, target->Session(), target->Position(), result);
+    Warp(*Self, target->Session(), target->Avatar.GetCurZoneID(), target->Position());
+}
+
+void Peer::MoveToPosition(Serial serial, short zone, const CNTVector& position)
+{
+    Result result = Result::Done;
+    if (!IsMaster()) {
+        result = Result::NotAllowed;
+    } else if (Self == nullptr || !Self->IsPlaying()) {
+        result = Result::NotPlaying;
+    } else if (zone < 1 || zone > ZoneCount || !IsPosition(position)) {
+        result = Result::BadArgument;
+    }
+    Reply(GS_REPLY_21002, serial, result);
+    if (result == Result::Done) {
+        Warp(*Self, Self->Session(), zone, position);
+    }
+}
+
+void Peer::CallAvatar(const LongText& name)
+{
+    Character* target = FindTarget(name);
+    if (target == nullptr) {
+        return;
+    }
+    if (Self == nullptr || !Self->IsPlaying()) {
+        Refuse(Result::NotPlaying);
+        return;
+    }
+    target->Send(Notification<SC_GM_CALL_AVATAR>(Self->Session(), Self->Position()));
+    Warp(*target, Self->Session(), Self->Avatar.GetCurZoneID(), Self->Position());
+}
+
+void Peer::Transparent(bool transparent)
+{
+    if (!IsMaster() || Self == nullptr || !Self->IsPlaying()) {
+        Refuse(IsMaster() ? Result::NotPlaying : Result::NotAllowed);
+        return;
+    }
+    Self->Avatar.SetTransparentFlag(transparent);
+    Game.SendToSession(Self->Session(), Notification<SC_GM_TRANSPARENT>(Self->ID(), transparent));
+}
+
+void Peer::ProhibitChatting(const LongText& name, int seconds)
+{
+    Character* target = FindTarget(name);
+    if (target == nullptr) {
+        return;
+    }
+    if (seconds < 0 || seconds > SilenceLimit) {
+        Refuse(Result::BadArgument);
+        return;
+    }
+    target->Priv.SetChattingProhibitTime(seconds);
+    target->SilencedUntil = Clock::now() + std::chrono::seconds(seconds);
+    target->Send(Notification<SC_GM21007>(seconds));
+}
+
+void Peer::GetAvatarInformation(Serial serial, const LongText& name)
+{
+    Character* target = Game.FindCharacter(name.Value);
+    if (!IsMaster() || target == nullptr) {
+        Reply(GS_REPLY_21005, serial, TAvatar(), TPrivData(),
+              IsMaster() ? Result::NoSuchAvatar : Result::NotAllowed);
+        return;
+    }
+    Reply(GS_REPLY_21005, serial, target->Avatar, target->Priv, Result::Done);
+}
+
+void Peer::PurgeAvatar(const LongText& name)
+{
+    if (Character* target = FindTarget(name)) {
+        target->Send(Notification<SC_GM21006>());
+        target->Player->CloseWhenSent("purged by a game master");
+    }
+}
+
+void Peer::ChangeLevel(const LongText& name, short level)
+{
+    Character* target = FindTarget(name);
+    if (target == nullptr) {
+        return;
+    }
+    if (level < 1 || level > LevelLimit) {
+        Refuse(Result::BadArgument);
+        return;
+    }
+    target->SetLevel(level);
+    target->Send(Notification<SC_GM_CHANGE_LEVEL>(target->Priv));
+    Game.SendToSession(target->Session(), Notification<SC_EVENT16020>(target->Avatar), target);
+}
+
+void Peer::GiveSkill(const LongText& name, int kind, int experience)
+{
+    Character* target = FindTarget(name);
+    if (target == nullptr) {
+        return;
+    }
+    const TSkill* skill =
+        FindSkillKind(kind) != nullptr && experience >= 0 ? target->AddSkill(kind, experience) : nullptr;
+    if (skill == nullptr) {
+        Refuse(Result::BadArgument);
+        return;
+    }
+    target->Send(Notification<SC_GM_GIVE_SKILL>(*skill));
+}
+
+void Peer::GiveItem(const LongText& name, int kind, short count)
+{
+    Character* target = FindTarget(name);
+    if (target == nullptr) {
+        return;
+    }
+    const bool valid = FindItemKind(kind) != nullptr && count >= 1 && count <= StackLimit;
+    const TItem* item = valid ? target->AddItem(kind, 0, count) : nullptr;
+    if (item == nullptr) {
+        Refuse(Result::BadArgument);
+        return;
+    }
+    target->Send(Notification<SC_GM_GIVE_ITEM>(*item));
+}
+
+void Peer::StealItem(Serial serial, const LongText& name, short index)
+{
+    Character* target = Game.FindCharacter(name.Value);
+    const TItem* found = target != nullptr ? target->FindItem(index) : nullptr;
+    Result result = Result::Done;
+    if (!IsMaster()) {
+        result = Result::NotAllowed;
+    } else if (Self == nullptr || target == nullptr || target == Self) {
+        result = Result::NoSuchAvatar;
+    } else if (found == nullptr) {
+        result = Result::NoSuchItem;
+    } else if (!Self->HasRoomFor(1)) {
+        result = Result::Full;
+    }
+    if (result != Result::Done) {
+        Reply(GS_REPLY_21011, serial, TItem(), result);
+        return;
+    }
+    const TItem stolen = *found;
+    target->RemoveItem(index, stolen.GetItemCount());
+    target->Send(Notification<SC_PRIV13008>(index, 0L));
+    const TItem* item = Self->AddItem(stolen.GetItemID(), stolen.GetItemOptionID(), stolen.GetItemCount());
+    Reply(GS_REPLY_21011, serial, *item, Result::Done);
+}
+
+} // namespace Kesra

@@ -1,0 +1,143 @@
+#include "server/Scenario.h"
+
+#include "server/Notifications.h"
+#include "server/ValueReader.h"
+
+#include <map>
+#include <stdexcept>
+
+namespace Kesra
+{
+namespace
+{
+
+using Builder = CNTPacket (*)(ValueReader&);
+
+/// Reads the values of one message as its handler's parameters have them.
+template <class Row> CNTPacket BuildMessage(ValueReader& reader)
+{
+    PayloadOfRow<Row> values;
+    std::apply([&](auto&... value) { (reader.Take(value), ...); }, values);
+    reader.Finish();
+    return std::apply([](const auto&... value) { return MessageOf(Row::Number, value...); }, values);
+}
+
+CNTPacket BuildClock(ValueReader& reader)
+{
+    unsigned long serverTime = 0;
+    unsigned long latency = 0;
+    reader.Take(serverTime);
+    reader.Take(latency);
+    reader.Finish();
+    return MessageOf(SC_SET_NET_TIME, serverTime, latency);
+}
+
+struct KnownMessage {
+    MessageNumber Number;
+    Builder Build;
+};
+
+/// The messages by the names of their handlers and by their numbers.
+std::map<std::string, KnownMessage, std::less<>> MakeDirectory()
+{
+    std::map<std::string, KnownMessage, std::less<>> directory;
+    const auto add = [&](const char* name, MessageNumber number, Builder build) {
+        directory[name] = {number, build};
+        directory[std::to_string(static_cast<int>(number))] = {number, build};
+    };
+    std::apply(
+        [&](const auto&... rows) {
+            (add(rows.Name, rows.Number, &BuildMessage<std::decay_t<decltype(rows)>>), ...);
+        },
+        Notifications);
+    add("SC_SetNetTime", SC_SET_NET_TIME, &BuildClock);
+    return directory;
+}
+
+const KnownMessage* FindMessage(const std::string& name)
+{
+    static const auto directory = MakeDirectory();
+    const auto found = directory.find(name);
+    return found == directory.end() ? nullptr : &found->second;
+}
+
+/// Takes the first word off a line; a word in quotes may hold blanks.
+std::string TakeWord(std::string_view& line)
+{
+    const auto blank = " \t\r";
+    line.remove_prefix(std::min(line.find_first_not_of(blank), line.size()));
+    const bool quoted = !line.empty() && line.front() == '"';
+    if (quoted) {
+        line.remove_prefix(1);
+    }
+    const std::size_t length = std::min(quoted ? line.find('"') : line.find_first_of(blank), line.size());
+    std::string word(line.substr(0, length));
+    line.remove_prefix(std::min(length + 1, line.size()));
+    return word;
+}
+
+std::chrono::milliseconds ParseWait(std::string_view line)
+{
+    constexpr int longest = 3'600'000;
+    const NameResolver nobody = [](const std::string&) { return 0UL; };
+    ValueReader reader(line, nobody);
+    int milliseconds = 0;
+    reader.Take(milliseconds);
+    reader.Finish();
+    if (milliseconds < 0 || milliseconds > longest) {
+        throw std::runtime_error("no waiting time");
+    }
+    return std::chrono::milliseconds(milliseconds);
+}
+
+ScenarioStep ParseStep(const std::string& target, std::string_view line)
+{
+    ScenarioStep step;
+    step.Target = target;
+    const std::string name = TakeWord(line);
+    const KnownMessage* message = FindMessage(name);
+    if (message == nullptr) {
+        throw std::runtime_error("no message of this name or number: " + name);
+    }
+    step.Number = message->Number;
+    step.Values = line;
+    step.Build([](const std::string&) { return 0UL; });
+    return step;
+}
+
+} // namespace
+
+CNTPacket ScenarioStep::Build(const NameResolver& resolve) const
+{
+    ValueReader reader(Values, resolve);
+    return FindMessage(std::to_string(static_cast<int>(Number)))->Build(reader);
+}
+
+std::vector<ScenarioStep> ParseScenario(std::string_view text)
+{
+    std::vector<ScenarioStep> steps;
+    std::chrono::milliseconds wait{0};
+    for (int number = 1; !text.empty(); ++number) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        std::string_view line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        try {
+            const std::string first = TakeWord(line);
+            if (first.empty() || first.front() == '#') {
+                continue;
+            }
+            if (first == "wait") {
+                wait += ParseWait(line);
+                continue;
+            }
+            steps.push_back(ParseStep(first, line));
+            steps.back().Wait = std::exchange(wait, std::chrono::milliseconds(0));
+            steps.back().Line = number;
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error("line " + std::to_string(number) + ": " + error.what());
+        }
+    }
+    return steps;
+}
+
+} // namespace Kesra

@@ -1,0 +1,497 @@
+// A whole client against a peer that follows the test's script: how connections begin, carry on and end.
+
+#include "KesraNTC/KesraNTC.h"
+#include "KesraNTC/base/Korean.h"
+#include "KesraNTC/rpc/ReplyTimeLimit.h"
+#include "tests/support/GameClient.h"
+#include "tests/support/LogDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+using namespace Kesra;
+using Test::BytesOf;
+using Test::Chat;
+using Test::GameClient;
+using Test::Peer;
+using Test::Reply;
+
+namespace
+{
+
+class Connection : public testing::Test
+{
+protected:
+    bool Logged(const std::string& part) { return Log.Log().find(part) != std::string::npos; }
+
+    LogDirectory Log;
+    Peer Server;
+    GameClient Game;
+};
+
+TEST_F(Connection, RefusedPort)
+{
+    const unsigned short port = Peer().Port();
+    Game.SetServerAddr("127.0.0.1");
+    Game.SetServerPort(port);
+    EXPECT_FALSE(Game.ConnectToServer());
+    EXPECT_FALSE(Game.IsConnected());
+    EXPECT_EQ(Log.Log(), "ConnectToServer() : error 10061\r\n\r\n");
+    EXPECT_EQ(Game.Disconnections, 0);
+}
+
+TEST_F(Connection, NameThatDoesNotResolve)
+{
+    Game.SetServerAddr("no.such.host.invalid");
+    EXPECT_FALSE(Game.ConnectToServer());
+    EXPECT_FALSE(Game.IsConnected());
+    EXPECT_EQ(Log.Log(), std::string("서버 어드레스를 찾을 수 엄다"_949) + "\r\n\r\n");
+}
+
+TEST_F(Connection, NameThatResolves)
+{
+    EXPECT_TRUE(Game.SetServerAddr("localhost"));
+    EXPECT_FALSE(Game.SetServerAddr(nullptr));
+    EXPECT_FALSE(Game.SetServerAddr("a.name.of.more.than.29.letters"));
+    Game.SetServerPort(0x70000U + Server.Port());
+    ASSERT_TRUE(Game.ConnectToServer());
+    EXPECT_EQ(Log.Log(), "ConnectToServer() : Success\r\n\r\n");
+}
+
+TEST_F(Connection, PushedMessagesWaitForTheGameThread)
+{
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    const std::string bytes = BytesOf(Chat("one")) + BytesOf(Chat("two"));
+    Server.Send(bytes);
+    Game.WaitForBytes(bytes.size());
+    EXPECT_TRUE(Game.Stub.Lines.empty());
+    EXPECT_EQ(Game.ProcessQueuedMessageFromServer(), 0U);
+    EXPECT_EQ(Game.Stub.Lines, (std::vector<std::string>{"one", "two"}));
+    EXPECT_EQ(Game.ProcessQueuedMessageFromServer(), 0U);
+    EXPECT_EQ(Game.Stub.Lines.size(), 2U);
+    EXPECT_EQ(Game.Stub.Threads[0], std::this_thread::get_id());
+}
+
+TEST_F(Connection, ABurstArrivesWholeAndInOrder)
+{
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    std::string bytes;
+    std::vector<std::string> sent;
+    for (int i = 0; i < 3000; ++i) {
+        sent.push_back(std::string(static_cast<std::size_t>(i) % 190, 'x') + std::to_string(i));
+        bytes += BytesOf(Chat(sent.back()));
+    }
+    std::thread sending([&] { Server.Send(bytes); });
+    while (Game.Stub.Lines.size() < sent.size()) {
+        Game.ProcessQueuedMessageFromServer();
+        std::this_thread::yield();
+    }
+    sending.join();
+    EXPECT_EQ(Game.Stub.Lines, sent);
+}
+
+TEST_F(Connection, OnTheReceiveThreadWhenAsked)
+{
+    Game.ProcessOnRecvThread = true;
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    Server.Send(BytesOf(Chat("hello")));
+    ASSERT_TRUE(Game.Stub.Heard.Wait());
+    Game.Disconnect();
+    Game.WaitForEnd();
+    EXPECT_EQ(Game.Stub.Lines, (std::vector<std::string>{"hello"}));
+    EXPECT_NE(Game.Stub.Threads[0], std::this_thread::get_id());
+}
+
+/// The stream of two packets, closed by the server at every byte: what was whole is delivered, and the end is
+/// told once.
+TEST_F(Connection, ServerClosesAtEveryByte)
+{
+    const std::string first = BytesOf(Chat("first"));
+    const std::string bytes = first + BytesOf(Chat("second"));
+    for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
+        Game.Stub.Lines.clear();
+        Game.Disconnections = 0;
+        ASSERT_TRUE(Game.ConnectTo(Server)) << "also after a packet that was cut";
+        Server.Send(bytes.substr(0, cut));
+        Server.Close();
+        Game.WaitForEnd();
+        EXPECT_EQ(Game.Disconnections, 1) << cut;
+        Game.ProcessQueuedMessageFromServer();
+        const std::size_t whole = cut < first.size() ? 0U : cut < bytes.size() ? 1U : 2U;
+        EXPECT_EQ(Game.Stub.Lines.size(), whole) << cut;
+        EXPECT_TRUE(Game.IsConnected()) << "the game closes the socket";
+    }
+}
+
+TEST_F(Connection, ServerResets)
+{
+    ASSERT_TRUE(Game.ConnectAndReceive(Server));
+    Server.Reset();
+    Game.WaitForEnd();
+    EXPECT_EQ(Game.Disconnections, 1);
+    EXPECT_TRUE(Logged("error!!! WSAGetOverlappedResult() : error 10054\r\n"));
+}
+
+TEST_F(Connection, MalformedHeaderEndsIt)
+{
+    for (const unsigned size : {0U, 1U, 2U, 3U, 4097U, 65535U}) {
+        Game.Disconnections = 0;
+        Log.Clear();
+        ASSERT_TRUE(Game.ConnectTo(Server));
+        const char header[] = {static_cast<char>(0xE2), 0x2E, static_cast<char>(size & 0xFF),
+                               static_cast<char>(size >> 8)};
+        Server.Send(std::string_view(header, sizeof header));
+        Game.WaitForEnd();
+        EXPECT_EQ(Game.Disconnections, 1) << size;
+        EXPECT_TRUE(Logged(std::string("메시지가 너무 길다. 패킷번호 : "_949) + "12002"));
+        EXPECT_TRUE(Logged("error!!! CollectPacket() : error \r\n"));
+    }
+}
+
+TEST_F(Connection, DisconnectFromAnotherThreadWhileReceiving)
+{
+    ASSERT_TRUE(Game.ConnectAndReceive(Server));
+    std::thread([this] { Game.Disconnect(); }).join();
+    Game.WaitForEnd();
+    EXPECT_FALSE(Game.IsConnected());
+    EXPECT_EQ(Game.Disconnections, 1);
+    EXPECT_TRUE(Logged("error!!! WSAGetOverlappedResult() : error "));
+    EXPECT_EQ(Server.Receive(1), "");
+    Game.Disconnect();
+    EXPECT_EQ(Game.Disconnections, 1);
+}
+
+TEST_F(Connection, ConnectingAgainReplacesTheConnection)
+{
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_TRUE(Game.ConnectTo(Server));
+        EXPECT_TRUE(i == 0 || Game.Disconnected.Wait()) << "the end of the one before is told";
+        EXPECT_EQ(Game.Disconnections, i);
+        Server.Send(BytesOf(Chat(std::to_string(i))));
+        Game.WaitForBytes(Chat("0").GetBufSize());
+        Game.InitRecvBytes();
+        Game.ProcessQueuedMessageFromServer();
+    }
+    EXPECT_EQ(Game.Stub.Lines.size(), 5U);
+}
+
+TEST_F(Connection, ConnectingAgainWhenToldOfTheEnd)
+{
+    Peer next;
+    Game.OnDisconnection = [&] {
+        Game.OnDisconnection = nullptr;
+        Game.SetServerPort(next.Port());
+        EXPECT_TRUE(Game.ConnectToServer());
+    };
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    Server.Close();
+    ASSERT_TRUE(Game.Disconnected.Wait());
+    next.Accept();
+    next.Send(BytesOf(Chat("again")));
+    Game.WaitForBytes(Chat("again").GetBufSize());
+    Game.ProcessQueuedMessageFromServer();
+    EXPECT_EQ(Game.Stub.Lines, (std::vector<std::string>{"again"}));
+}
+
+TEST_F(Connection, AHandlerMayConnectElsewhere)
+{
+    Peer next;
+    Game.Stub.OnChat = [&] {
+        Game.SetServerPort(next.Port());
+        EXPECT_TRUE(Game.ConnectToServer());
+        EXPECT_EQ(Game.ProcessQueuedMessageFromServer(), 0U) << "already dispatching";
+    };
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    Server.Send(BytesOf(Chat("go there")));
+    Game.WaitForBytes(Chat("go there").GetBufSize());
+    Game.ProcessQueuedMessageFromServer();
+    next.Accept();
+    EXPECT_TRUE(Game.Disconnected.Wait());
+    EXPECT_EQ(Game.Disconnections, 1);
+    EXPECT_TRUE(Game.IsConnected());
+}
+
+/// The game connects anew on its own thread while its ProcessDisconnection does the same: whoever is replaced
+/// leaves the newer connection alone, and one that works remains.
+TEST_F(Connection, ConnectingAnewFromBothSides)
+{
+    std::atomic<bool> isOver{false};
+    Game.OnDisconnection = [&] {
+        if (!isOver) {
+            Game.ConnectToServer();
+        }
+    };
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    std::thread accepting([&] {
+        while (!isOver) {
+            Server.Accept();
+        }
+    });
+    for (int i = 0; i < 40; ++i) {
+        if (i % 2 == 0) {
+            Game.Disconnect();
+        }
+        EXPECT_TRUE(Game.ConnectToServer());
+    }
+    isOver = true;
+    EXPECT_TRUE(Game.ConnectToServer());
+    accepting.join();
+    EXPECT_TRUE(Game.IsConnected());
+}
+
+TEST_F(Connection, DestroyedWhileConnected)
+{
+    /// Without a destructor of its own that would disconnect first.
+    class Careless : public CNTMainClient
+    {
+    public:
+        void ProcessDisconnection() override { ADD_FAILURE() << "called on an object that is gone"; }
+    };
+    for (int i = 0; i < 20; ++i) {
+        Careless careless;
+        careless.Startup();
+        careless.SetServerAddr("127.0.0.1");
+        careless.SetServerPort(Server.Port());
+        ASSERT_TRUE(careless.ConnectToServer());
+        Server.Accept();
+    }
+    EXPECT_EQ(Server.Receive(1), "");
+}
+
+TEST_F(Connection, DeletedWhenToldOfTheEnd)
+{
+    class Ephemeral : public CNTMainClient
+    {
+    public:
+        explicit Ephemeral(EventHandle& gone) : Gone(gone) {}
+        ~Ephemeral() override { Gone.Set(); }
+        void ProcessDisconnection() override { delete this; }
+
+    private:
+        EventHandle& Gone;
+    };
+    EventHandle gone{EventHandle::AutoReset};
+    auto* client = new Ephemeral(gone);
+    client->Startup();
+    client->SetServerAddr("127.0.0.1");
+    client->SetServerPort(Server.Port());
+    ASSERT_TRUE(client->ConnectToServer());
+    Server.Accept();
+    Server.Close();
+    EXPECT_TRUE(gone.Wait());
+}
+
+TEST_F(Connection, SendingMoreThanTheSocketsHold)
+{
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    constexpr unsigned packets = 4000;
+    constexpr unsigned bytesEach = CNTPacket::Capacity;
+    std::thread sending([&] {
+        for (unsigned i = 0; i < packets; ++i) {
+            const std::vector<unsigned char> payload(bytesEach - 4, static_cast<unsigned char>(i));
+            CNTPacket packet;
+            packet << static_cast<unsigned short>(2002) << static_cast<unsigned short>(0);
+            packet.Write(payload.data(), bytesEach - 4);
+            ASSERT_EQ(Game.SendToServer(packet), 0U);
+        }
+    });
+    for (unsigned i = 0; i < packets; ++i) {
+        const std::string bytes = Server.Receive(bytesEach);
+        ASSERT_EQ(bytes.size(), bytesEach);
+        ASSERT_EQ(static_cast<unsigned char>(bytes[5]), static_cast<unsigned char>(i)) << i;
+    }
+    sending.join();
+    // The last bytes may have gone out as an overlapped write that the receive thread accounts for.
+    while (Game.GetSendBytes() < packets * bytesEach) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(Game.GetSendBytes(), packets * bytesEach);
+    Game.InitSendBytes();
+    EXPECT_EQ(Game.GetSendBytes(), 0U);
+}
+
+TEST_F(Connection, DisconnectFreesASenderThatWaits)
+{
+    ASSERT_TRUE(Game.ConnectAndReceive(Server));
+    std::thread sending([&] {
+        CNTPacket packet;
+        packet.SetBufSize(CNTPacket::Capacity);
+        while (Game.SendToServer(packet) == 0) {
+        }
+    });
+    while (Game.GetSendBytes() < 100000) {
+        std::this_thread::yield();
+    }
+    Game.Disconnect();
+    sending.join();
+    Game.WaitForEnd();
+    EXPECT_EQ(Game.Disconnections, 1);
+}
+
+TEST_F(Connection, SendsThatCannotBe)
+{
+    CNTPacket packet;
+    packet << static_cast<unsigned short>(2002) << static_cast<unsigned short>(0);
+    EXPECT_EQ(Game.SendToServer(packet), 2U) << "not connected";
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    CNTPacket large;
+    large.SetBufSize(4097);
+    EXPECT_EQ(Game.SendToServer(large), 2U);
+    EXPECT_EQ(Game.GetSendBytes(), 0U);
+    large.SetBufSize(4096);
+    EXPECT_EQ(Game.SendToServer(large), 0U);
+    EXPECT_EQ(Server.Receive(4096).size(), 4096U);
+}
+
+TEST_F(Connection, AFailedRequestIsLoggedAndStillHandedOver)
+{
+    CNTProxy_CLToGS unattached;
+    EXPECT_EQ(unattached.CS_EnterSession(), GS_OK);
+    ASSERT_TRUE(Game.ConnectAndReceive(Server));
+    Game.Disconnect();
+    Game.WaitForEnd();
+    Log.Clear();
+    EXPECT_EQ(Game.Requests.CS_EnterSession(), GS_OK);
+    EXPECT_TRUE(Logged("Send Error!!!\r\n"));
+}
+
+TEST_F(Connection, RepliesComeWhilePushedMessagesKeepTheirOrder)
+{
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    std::thread answering([&] {
+        for (short serial = 1; serial <= 50; ++serial) {
+            ASSERT_EQ(Server.Receive(8).size(), 8U);
+            const CNTPacket reply = Reply(serial, 100U + static_cast<unsigned>(serial));
+            Server.Send(BytesOf(Chat("before")) + BytesOf(reply));
+        }
+    });
+    for (unsigned i = 1; i <= 50; ++i) {
+        unsigned long result = 0;
+        ASSERT_EQ(Game.Requests.CS_CancelDeleteAvatar(1, result), GS_OK);
+        EXPECT_EQ(result, 100U + i);
+    }
+    answering.join();
+    Game.Disconnect();
+    Game.WaitForEnd();
+    EXPECT_EQ(Game.Stub.Lines.size(), 50U);
+    EXPECT_NE(Game.Stub.Threads[0], std::this_thread::get_id());
+}
+
+class ShortLimit : public Connection
+{
+protected:
+    ShortLimit() { ReplyTimeLimit = 150; }
+    ~ShortLimit() override { ReplyTimeLimit = 20000; }
+};
+
+TEST_F(ShortLimit, AReplyThatNeverComes)
+{
+    ASSERT_TRUE(Game.ConnectAndReceive(Server));
+    unsigned long result = 0;
+    EXPECT_EQ(Game.Requests.CS_CancelDeleteAvatar(1, result), GS_REPLY_ERROR);
+    EXPECT_EQ(result, 3U);
+    EXPECT_FALSE(Game.IsConnected());
+    Game.WaitForEnd();
+    EXPECT_EQ(Game.Disconnections, 1);
+    EXPECT_EQ(Game.Requests.GetPendingCount(), 0);
+}
+
+TEST_F(ShortLimit, ALateReplyAndAnAlienOneAreDropped)
+{
+    /// Stays connected when a reply is missing.
+    class Patient : public CNTProxy_CLToGS
+    {
+    public:
+        void ProcessProxyError() override {}
+    };
+    Patient requests;
+    Game.Attach(&requests);
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    unsigned long result = 0;
+    EXPECT_EQ(requests.CS_CancelDeleteAvatar(1, result), GS_REPLY_ERROR);
+    ReplyTimeLimit = 20000;
+    std::thread answering([&] {
+        Server.Receive(16);
+        Server.Send(BytesOf(Reply(1, 7)) + BytesOf(Reply(999, 8)) + BytesOf(Reply(2, 9)));
+    });
+    EXPECT_EQ(requests.CS_CancelDeleteAvatar(1, result), GS_OK);
+    EXPECT_EQ(result, 9U);
+    answering.join();
+    Game.Disconnect();
+    Game.WaitForEnd();
+}
+
+TEST_F(ShortLimit, AskedFromAHandlerItRunsOut)
+{
+    GS_RESULT outcome = GS_OK;
+    Game.Stub.OnChat = [&] {
+        unsigned long result = 0;
+        outcome = Game.Requests.CS_CancelDeleteAvatar(1, result);
+    };
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    Server.Send(BytesOf(Chat("ask")));
+    Game.WaitForBytes(Chat("ask").GetBufSize());
+    std::thread answering([&] {
+        if (Server.Receive(8).size() == 8) {
+            Server.Send(BytesOf(Reply(1, 7)));
+        }
+    });
+    Game.ProcessQueuedMessageFromServer();
+    EXPECT_EQ(outcome, GS_REPLY_ERROR);
+    answering.join();
+}
+
+TEST_F(Connection, TheRealReplyLimitIsTwentySeconds)
+{
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    unsigned long result = 0;
+    const DWORD start = ::GetTickCount();
+    EXPECT_EQ(Game.Requests.CS_CancelDeleteAvatar(1, result), GS_REPLY_ERROR);
+    EXPECT_GE(::GetTickCount() - start, 19900U);
+}
+
+TEST_F(Connection, TrafficCountersAreResetAfterFiveSeconds)
+{
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    Game.Requests.CS_EnterSession();
+    EXPECT_EQ(Game.GetSendBytes(), 4U);
+    const COLEDateTime now = COLEDateTime::GetTickCount();
+    Game.TrafficTime = now + COLEDateTimeSpan(1, 0, 0, 0);
+    Game.UpdateFrame();
+    EXPECT_EQ(Game.GetSendBytes(), 4U);
+    Game.TrafficTime = now - COLEDateTimeSpan(0, 0, 0, 6);
+    Game.UpdateFrame();
+    EXPECT_EQ(Game.GetSendBytes(), 0U);
+}
+
+std::ptrdiff_t Entries(const char* folder)
+{
+    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+}
+
+TEST_F(Connection, LeavesNoDescriptor)
+{
+    const char* descriptors = "/proc/self/fd";
+    if (!std::filesystem::exists(descriptors)) {
+        GTEST_SKIP() << "this system does not list descriptors";
+    }
+    const auto cycle = [this] {
+        GameClient client;
+        ASSERT_TRUE(client.ConnectTo(Server));
+        client.Disconnect();
+        client.WaitForEnd();
+        Server.Close();
+    };
+    cycle();
+    const std::ptrdiff_t before = Entries(descriptors);
+    for (int i = 0; i < 20; ++i) {
+        cycle();
+    }
+    EXPECT_EQ(Entries(descriptors), before);
+}
+
+} // namespace
