@@ -1,0 +1,68 @@
+#pragma once
+
+#include "tools/demo/Player.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+struct StoryOptions {
+    std::string Address;
+    unsigned short Port = 0;
+    /// Mina's account; a game master's lets her play the last scenes.
+    std::string MasterAccount;
+    std::string MasterPassword;
+    /// Whether the account is known to be a game master's: if not, those scenes are left out.
+    bool Master = true;
+    /// Appended to the names, so that they are new to a server that knows others.
+    std::string Suffix;
+};
+
+/// Two players, Mina and Joon, and what they do together. Every step waits for what must follow from it; the
+/// first thing that does not happen ends the story.
+class Story
+{
+public:
+    explicit Story(const StoryOptions& options);
+
+    /// True when everything happened.
+    bool Play();
+
+private:
+    // The scenes, in order.
+    void LogOn();
+    void Talk();
+    void WalkAround();
+    void Trade();
+    void HandleItems();
+    void HandleSkills();
+    void GrowStronger();
+    void MakeParty();
+    void Fight();
+    void CommandAsMaster();
+    void Travel();
+    void SayGoodbye();
+
+    void LogOn(Player& player, const std::string& account, const std::string& password);
+    void Enter(Player& player);
+    short IndexOf(Player& player, long kind);
+    unsigned long NewestOnGround(Player& player);
+    /// Ends the story when something is not so.
+    static void Require(const std::string& what, bool isSo);
+    /// Frames pass until the condition holds; the story ends when it does not in time.
+    void Expect(const std::string& what, const std::function<bool()>& condition);
+    /// Frames pass until the player has received one more message of that number.
+    void Await(Player& player, unsigned short number);
+    /// Measures a waiting request, and ends the story when it fails.
+    void Ask(Player& player, const std::string& name,
+             const std::function<GS_RESULT(unsigned long&)>& request);
+    void Frame();
+    void Summarize();
+
+    const StoryOptions Options;
+    Narrator Book;
+    Player Mina;
+    Player Joon;
+    std::vector<double> RoundTrips; ///< milliseconds, of the waiting requests
+    double LastFrame = 0;
+};
