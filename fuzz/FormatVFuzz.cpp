@@ -1,0 +1,182 @@
+// Formats one conversion of any shape, always with an argument of the right kind, and compares numbers with
+// what the C runtime prints.
+
+#include "KesraNTC/base/CString.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace
+{
+constexpr int LargestField = 1 << 20;
+
+void Require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+/// One conversion in the words of the string and in those of the C runtime.
+struct Conversion {
+    std::string Ours = "%";
+    std::string Runtime = "%";
+    bool HasStarWidth = false;
+    bool HasStarPrecision = false;
+    int Width = 0;
+    int Precision = 0;
+    std::string Size;
+    char Type = 'd';
+    bool IsComparable = true;
+
+    void Add(const std::string& text)
+    {
+        Ours += text;
+        Runtime += text;
+    }
+};
+
+int TakeStar(FuzzedDataProvider& input, bool& isComparable)
+{
+    static constexpr int Extremes[] = {INT_MIN, INT_MAX, -LargestField - 1, LargestField + 1};
+    if (input.ConsumeIntegralInRange<int>(0, 63) != 0)
+        return input.ConsumeIntegralInRange<int>(-3000, 3000);
+    isComparable = false;
+    return input.PickValueInArray(Extremes);
+}
+
+void TakeNumber(FuzzedDataProvider& input, Conversion& conversion, bool& isStar, int& star)
+{
+    switch (input.ConsumeIntegralInRange<int>(0, 2)) {
+    case 0:
+        break;
+    case 1:
+        conversion.Add(std::to_string(input.ConsumeIntegralInRange<int>(1, 3000)));
+        break;
+    default:
+        isStar = true;
+        star = TakeStar(input, conversion.IsComparable);
+        conversion.Add("*");
+    }
+}
+
+Conversion TakeConversion(FuzzedDataProvider& input)
+{
+    Conversion conversion;
+    for (int flags = input.ConsumeIntegralInRange<int>(0, 6); flags > 0; --flags)
+        conversion.Add(std::string(1, "-+ 0#"[input.ConsumeIntegralInRange<int>(0, 4)]));
+    TakeNumber(input, conversion, conversion.HasStarWidth, conversion.Width);
+    if (input.ConsumeBool()) {
+        conversion.Add(".");
+        TakeNumber(input, conversion, conversion.HasStarPrecision, conversion.Precision);
+    }
+    static constexpr const char* Sizes[] = {"", "h", "l", "I64", "F", "N"};
+    conversion.Size = input.PickValueInArray(Sizes);
+    conversion.Type = "diuxXoeEgGfsScCpn"[input.ConsumeIntegralInRange<int>(0, 16)];
+    conversion.Ours += conversion.Size + conversion.Type;
+    const bool isInteger = std::strchr("diuxXo", conversion.Type);
+    if (isInteger && (conversion.Size == "h" || conversion.Size == "I64"))
+        conversion.Runtime += conversion.Size == "h" ? "h" : "ll";
+    conversion.Runtime += conversion.Type;
+    return conversion;
+}
+
+/// Calls with the stars that the conversion has.
+template <typename Call, typename Value> void WithStars(const Conversion& conversion, Call call, Value value)
+{
+    if (conversion.HasStarWidth && conversion.HasStarPrecision)
+        call(conversion.Width, conversion.Precision, value);
+    else if (conversion.HasStarWidth)
+        call(conversion.Width, value);
+    else if (conversion.HasStarPrecision)
+        call(conversion.Precision, value);
+    else
+        call(value);
+}
+
+/// The text alone, and between other texts, whose last byte may lead a double-byte character.
+template <typename Value> CString Format(const Conversion& conversion, const std::string& around, Value value)
+{
+    CString alone;
+    CString framed("what stood here before");
+    const std::string format = around + conversion.Ours + around;
+    WithStars(
+        conversion,
+        [&](auto... arguments) {
+            alone.Format(conversion.Ours.c_str(), arguments...);
+            framed.Format(format.c_str(), arguments...);
+        },
+        value);
+    for (const CString* each : {&alone, &framed})
+        Require(static_cast<std::size_t>(each->GetLength()) == std::strlen(*each) &&
+                each->GetLength() <= each->GetAllocLength());
+    return alone;
+}
+
+template <typename Value> void Compare(const Conversion& conversion, const std::string& around, Value value)
+{
+    const CString ours = Format(conversion, around, value);
+    if (!conversion.IsComparable)
+        return;
+    std::string expected(8192, '\0');
+    int length = 0;
+    WithStars(
+        conversion,
+        [&](auto... arguments) {
+            length =
+                std::snprintf(expected.data(), expected.size(), conversion.Runtime.c_str(), arguments...);
+        },
+        value);
+    Require(length >= 0 && static_cast<std::size_t>(length) < expected.size());
+    Require(ours == expected.c_str());
+}
+
+void FormatInteger(const Conversion& conversion, const std::string& around, long long value)
+{
+    if (conversion.Size == "I64")
+        Compare(conversion, around, value);
+    else if (conversion.Size == "l")
+        Format(conversion, around, static_cast<long>(value));
+    else
+        Compare(conversion, around, static_cast<int>(value));
+}
+
+void FormatText(const Conversion& conversion, const std::string& around, FuzzedDataProvider& input)
+{
+    const bool isWide = conversion.Size == "l" || (conversion.Size != "h" && conversion.Type == 'S');
+    const bool isNull = input.ConsumeIntegralInRange<int>(0, 15) == 0;
+    const std::string text = input.ConsumeRandomLengthString(300);
+    const std::u16string wide(text.begin(), text.end());
+    if (isWide)
+        Format(conversion, around, isNull ? nullptr : wide.c_str());
+    else
+        Format(conversion, around, isNull ? nullptr : text.c_str());
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    FuzzedDataProvider input(data, size);
+    const Conversion conversion = TakeConversion(input);
+    std::string around = input.ConsumeRandomLengthString(20);
+    std::erase_if(around, [](char ch) { return ch == '%' || ch == '\0'; });
+    int untouched = 77;
+    if (std::strchr("diuxXo", conversion.Type))
+        FormatInteger(conversion, around, input.ConsumeIntegral<long long>());
+    else if (std::strchr("eEgGf", conversion.Type))
+        Compare(conversion, around, input.ConsumeFloatingPoint<double>());
+    else if (std::strchr("sS", conversion.Type))
+        FormatText(conversion, around, input);
+    else if (std::strchr("cC", conversion.Type))
+        Format(conversion, around, input.ConsumeIntegral<int>());
+    else if (conversion.Type == 'p')
+        Format(conversion, around, static_cast<const void*>(data));
+    else
+        Format(conversion, around, &untouched);
+    Require(untouched == 77);
+    return 0;
+}
