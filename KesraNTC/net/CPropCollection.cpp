@@ -1,5 +1,7 @@
 #include "KesraNTC/net/CPropCollection.h"
 
+#include "KesraNTC/net/ComResult.h"
+
 #include <algorithm>
 
 namespace
@@ -32,36 +34,19 @@ bool CPropCollection::NameOrder::operator()(const char* left, const char* right)
     return Folded(*left) < Folded(*right);
 }
 
-CPropCollection::CPropCollection(_variant_t image)
-{
-    CopyFrom(image);
-}
-
-CPropCollection& CPropCollection::operator=(const std::vector<unsigned char>& image)
-{
-    CopyFrom(image);
-    return *this;
-}
-
-CPropCollection& CPropCollection::operator=(const _variant_t& image)
-{
-    CopyFrom(image);
-    return *this;
-}
-
-_variant_t CPropCollection::GetProperty(const char* name) const
+const _variant_t* CPropCollection::Find(const char* name) const
 {
     const auto found = Properties.find(NameOf(name));
-    return found != Properties.end() ? found->second : _variant_t();
+    return found != Properties.end() ? &found->second : nullptr;
 }
 
-void CPropCollection::SetProperty(const char* name, const _variant_t& value)
+/// Takes the value over.
+void CPropCollection::Put(const char* name, _variant_t& value)
 {
-    const auto found = Properties.find(NameOf(name));
-    if (found != Properties.end())
-        found->second = value;
-    else
-        Properties.emplace(CString(NameOf(name)), value);
+    auto found = Properties.find(NameOf(name));
+    if (found == Properties.end())
+        found = Properties.try_emplace(CString(NameOf(name))).first;
+    found->second.Attach(value);
 }
 
 void CPropCollection::EraseProperty(const char* name)
@@ -92,27 +77,28 @@ bool CPropCollection::WriteTo(CNTPacket& packet) const
     return complete;
 }
 
-void CPropCollection::ReadPairs(CNTPacket& packet, int count)
+void CPropCollection::ReadFrom(CNTPacket& packet, int count)
 {
     CString name;
     _variant_t value;
     for (int i = 0; i < count && HasBytesLeft(packet); ++i) {
-        packet >> name >> value;
+        packet >> name;
+        Kesra::ReadVariant(packet, value);
         Append(name, value);
     }
 }
 
-CNTPacket& operator<<(CNTPacket& packet, const CPropCollection& properties)
+HRESULT CPropCollection::WritePairs(CNTPacket& packet) const noexcept
 {
-    properties.WriteTo(packet);
-    return packet;
+    return Kesra::ComResult([&] { WriteTo(packet); });
 }
 
-CNTPacket& operator>>(CNTPacket& packet, CPropCollection& properties)
+HRESULT CPropCollection::ReadPairs(CNTPacket& packet) noexcept
 {
-    int count = 0;
-    packet >> count;
-    properties.Properties.clear();
-    properties.ReadPairs(packet, count);
-    return packet;
+    return Kesra::ComResult([&] {
+        int count = 0;
+        packet >> count;
+        Properties.clear();
+        ReadFrom(packet, count);
+    });
 }

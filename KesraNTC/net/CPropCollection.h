@@ -21,54 +21,97 @@ public:
     CPropCollection() = default;
     CPropCollection(const CPropCollection&) = default;
     /// See CopyFrom.
-    CPropCollection(_variant_t image);
+    CPropCollection(_variant_t image) { CopyFrom(image); }
     ~CPropCollection() = default;
 
     CPropCollection& operator=(const CPropCollection&) = default;
-    CPropCollection& operator=(const std::vector<unsigned char>& image);
-    CPropCollection& operator=(const _variant_t& image);
+    CPropCollection& operator=(const std::vector<unsigned char>& image)
+    {
+        CopyFrom(image);
+        return *this;
+    }
+    CPropCollection& operator=(const _variant_t& image)
+    {
+        CopyFrom(image);
+        return *this;
+    }
 
     /// A copy of the value, or an empty variant when the collection has no such name.
-    _variant_t GetProperty(const char* name) const;
+    _variant_t GetProperty(const char* name) const
+    {
+        const _variant_t* value = Find(name);
+        return value != nullptr ? *value : _variant_t();
+    }
     /// Stores a copy of the value. A name that is there already keeps the case it was first stored in.
-    void SetProperty(const char* name, const _variant_t& value);
+    void SetProperty(const char* name, const _variant_t& value)
+    {
+        _variant_t copy(value);
+        Put(name, copy);
+    }
     /// Nothing happens when the collection has no such name.
     void EraseProperty(const char* name);
 
     /// Replaces the pairs by those of a byte image; an empty vector has none. Bytes that are no image yield
     /// some pairs or none, and nothing beyond the vector is read.
-    void CopyFrom(const std::vector<unsigned char>& image);
+    void CopyFrom(const std::vector<unsigned char>& image) { _com_util::CheckError(ReadImage(image)); }
     /// Replaces the pairs by those of a byte image in a one-dimensional VT_UI1 array; any other variant has
     /// none.
-    void CopyFrom(_variant_t image);
+    void CopyFrom(_variant_t image) { _com_util::CheckError(ReadImage(image)); }
     /// The byte image, from which CopyFrom makes the same pairs again, as far as their types travel (see the
     /// variant's operator<<) and in the ANSI code page: the packet that operator<< writes where one packet is
     /// enough, and an unscrambled image of any size otherwise.
-    operator std::vector<unsigned char>() const;
+    operator std::vector<unsigned char>() const
+    {
+        std::vector<unsigned char> image;
+        _com_util::CheckError(WriteImage(image));
+        return image;
+    }
     /// The byte image as a VT_UI1 array.
-    operator _variant_t() const;
+    operator _variant_t() const
+    {
+        _variant_t image;
+        _com_util::CheckError(WriteImage(image));
+        return image;
+    }
+
+    /// Writes the number of pairs in 4 bytes, then name and value of each in ascending order. What the packet
+    /// has no room for is left out.
+    friend CNTPacket& operator<<(CNTPacket& packet, const CPropCollection& properties)
+    {
+        _com_util::CheckError(properties.WritePairs(packet));
+        return packet;
+    }
+    /// Replaces the pairs by those in the packet, however many it promises. The first of two equal names
+    /// wins.
+    friend CNTPacket& operator>>(CNTPacket& packet, CPropCollection& properties)
+    {
+        _com_util::CheckError(properties.ReadPairs(packet));
+        return packet;
+    }
 
 private:
-    friend KESRANTC_API CNTPacket& operator<<(CNTPacket& packet, const CPropCollection& properties);
-    friend KESRANTC_API CNTPacket& operator>>(CNTPacket& packet, CPropCollection& properties);
-
     struct NameOrder {
         using is_transparent = void;
         bool operator()(const char* left, const char* right) const;
     };
 
+    // The public operations with their errors as codes, see ComResult.h.
+    HRESULT ReadImage(const std::vector<unsigned char>& image) noexcept;
+    HRESULT ReadImage(const VARIANT& image) noexcept;
+    HRESULT WriteImage(std::vector<unsigned char>& image) const noexcept;
+    HRESULT WriteImage(_variant_t& image) const noexcept;
+    HRESULT ReadPairs(CNTPacket& packet) noexcept;
+    HRESULT WritePairs(CNTPacket& packet) const noexcept;
+
+    const _variant_t* Find(const char* name) const;
+    void Put(const char* name, _variant_t& value);
     bool WriteTo(CNTPacket& packet) const;
-    void ReadPairs(CNTPacket& packet, int count);
+    void ReadFrom(CNTPacket& packet, int count);
     void Append(const char* name, _variant_t& value);
     void ReadPacketImage(const std::vector<unsigned char>& image);
     void ReadLongImage(const std::vector<unsigned char>& image);
+    std::vector<unsigned char> Image() const;
     std::vector<unsigned char> LongImage() const;
 
     std::map<CString, _variant_t, NameOrder> Properties;
 };
-
-/// Writes the number of pairs in 4 bytes, then name and value of each in ascending order. What the packet has
-/// no room for is left out.
-KESRANTC_API CNTPacket& operator<<(CNTPacket& packet, const CPropCollection& properties);
-/// Replaces the pairs by those in the packet, however many it promises. The first of two equal names wins.
-KESRANTC_API CNTPacket& operator>>(CNTPacket& packet, CPropCollection& properties);

@@ -1,5 +1,6 @@
 #include "KesraNTC/net/AnsiText.h"
 #include "KesraNTC/net/CPropCollection.h"
+#include "KesraNTC/net/ComResult.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -91,7 +92,8 @@ void PutText(Bytes& image, const _variant_t& value)
 void PutValue(Bytes& image, const _variant_t& value)
 {
     CNTPacket packet(CNTPacket::Unzeroed{});
-    packet << CNTPacket::PlainWrite1 << static_cast<unsigned short>(0) << value;
+    packet << CNTPacket::PlainWrite1 << static_cast<unsigned short>(0);
+    Kesra::WriteVariant(packet, value);
     const unsigned short start = CNTPacket::HeaderSize;
     PutBlock(image, CharactersOf(packet.GetBuf() + start, packet.GetBufSize() - std::size_t{start}));
 }
@@ -143,12 +145,50 @@ void ReadValue(std::string_view block, _variant_t& value)
     }
     CNTPacket packet(CNTPacket::Unzeroed{});
     Load(packet, CNTPacket::PlainRead, block);
-    packet >> value;
+    Kesra::ReadVariant(packet, value);
+}
+
+void PutArray(VARIANT& variant, const Bytes& bytes)
+{
+    variant.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
+    if (variant.parray == nullptr)
+        _com_issue_error(E_OUTOFMEMORY);
+    variant.vt = VT_ARRAY | VT_UI1;
+    void* data = nullptr;
+    _com_util::CheckError(SafeArrayAccessData(variant.parray, &data));
+    std::copy(bytes.begin(), bytes.end(), static_cast<unsigned char*>(data));
+    _com_util::CheckError(SafeArrayUnaccessData(variant.parray));
 }
 
 } // namespace
 
-CPropCollection::operator std::vector<unsigned char>() const
+HRESULT CPropCollection::WriteImage(std::vector<unsigned char>& image) const noexcept
+{
+    return Kesra::ComResult([&] { image = Image(); });
+}
+
+HRESULT CPropCollection::WriteImage(_variant_t& image) const noexcept
+{
+    return Kesra::ComResult([&] { PutArray(image, Image()); });
+}
+
+HRESULT CPropCollection::ReadImage(const VARIANT& image) noexcept
+{
+    return Kesra::ComResult([&] { _com_util::CheckError(ReadImage(BytesOf(image))); });
+}
+
+HRESULT CPropCollection::ReadImage(const std::vector<unsigned char>& image) noexcept
+{
+    return Kesra::ComResult([&] {
+        Properties.clear();
+        if (IsLong(image))
+            ReadLongImage(image);
+        else if (!image.empty())
+            ReadPacketImage(image);
+    });
+}
+
+std::vector<unsigned char> CPropCollection::Image() const
 {
     CNTPacket packet;
     if (!WriteTo(packet))
@@ -171,15 +211,6 @@ std::vector<unsigned char> CPropCollection::LongImage() const
     return image;
 }
 
-void CPropCollection::CopyFrom(const std::vector<unsigned char>& image)
-{
-    Properties.clear();
-    if (IsLong(image))
-        ReadLongImage(image);
-    else if (!image.empty())
-        ReadPacketImage(image);
-}
-
 void CPropCollection::ReadPacketImage(const std::vector<unsigned char>& image)
 {
     ImageReader reader(image);
@@ -191,7 +222,7 @@ void CPropCollection::ReadPacketImage(const std::vector<unsigned char>& image)
     const bool plain = count == CNTPacket::PlainWrite1 || count == CNTPacket::PlainWrite2;
     CNTPacket packet(CNTPacket::Unzeroed{});
     Load(packet, plain ? CNTPacket::PlainRead : 0, reader.Take(CNTPacket::Capacity));
-    ReadPairs(packet, count);
+    ReadFrom(packet, count);
 }
 
 void CPropCollection::ReadLongImage(const std::vector<unsigned char>& image)
@@ -204,24 +235,4 @@ void CPropCollection::ReadLongImage(const std::vector<unsigned char>& image)
         ReadValue(reader.TakeBlock(), value);
         Append(name.c_str(), value);
     }
-}
-
-CPropCollection::operator _variant_t() const
-{
-    const Bytes image = *this;
-    _variant_t result;
-    result.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(image.size()));
-    if (result.parray == nullptr)
-        _com_issue_error(E_OUTOFMEMORY);
-    result.vt = VT_ARRAY | VT_UI1;
-    void* data = nullptr;
-    _com_util::CheckError(SafeArrayAccessData(result.parray, &data));
-    std::memcpy(data, image.data(), image.size());
-    _com_util::CheckError(SafeArrayUnaccessData(result.parray));
-    return result;
-}
-
-void CPropCollection::CopyFrom(_variant_t image)
-{
-    CopyFrom(BytesOf(image));
 }

@@ -3,6 +3,7 @@
 #include "KesraNTC/base/CString.h"
 #include "KesraNTC/base/Trace.h"
 #include "KesraNTC/net/AnsiText.h"
+#include "KesraNTC/net/ComResult.h"
 
 #include <cstring>
 
@@ -145,13 +146,17 @@ bool Kesra::WriteVariant(CNTPacket& packet, const _variant_t& value)
     return WriteValue(packet, value, tag) && tagFits;
 }
 
-CNTPacket& operator<<(CNTPacket& packet, const _variant_t& value)
+HRESULT Kesra::PutVariant(CNTPacket& packet, const _variant_t& value) noexcept
 {
-    Kesra::WriteVariant(packet, value);
-    return packet;
+    return ComResult([&] { WriteVariant(packet, value); });
 }
 
-CNTPacket& operator>>(CNTPacket& packet, _variant_t& value)
+HRESULT Kesra::GetVariant(CNTPacket& packet, _variant_t& value) noexcept
+{
+    return ComResult([&] { ReadVariant(packet, value); });
+}
+
+void Kesra::ReadVariant(CNTPacket& packet, _variant_t& value)
 {
     constexpr VARTYPE BstrReference = VT_BSTR | VT_BYREF;
     value.Clear();
@@ -177,5 +182,4 @@ CNTPacket& operator>>(CNTPacket& packet, _variant_t& value)
         else
             TRACE("CNTPacket::operator>>() doesn't support for type %x", tag);
     }
-    return packet;
 }
