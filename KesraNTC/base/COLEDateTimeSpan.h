@@ -33,7 +33,7 @@ public:
     double GetTotalSeconds() const;
 
     /// The whole days, and the hours, minutes and seconds beyond them (0 to 23 and 0 to 59, negative in a
-    /// negative span). A length outside what 32 bits count gives 0.
+    /// negative span). Of more days than 32 bits count these are the low 32 bits.
     long GetDays() const;
     long GetHours() const;
     long GetMinutes() const;

@@ -167,12 +167,16 @@ void CString::TrimRight(const char* set)
 
 void CString::CharToOemA()
 {
+    if (IsSharedEmpty())
+        return;
     CopyBeforeWrite();
     ::CharToOemA(Characters, Characters);
 }
 
 void CString::OemToCharA()
 {
+    if (IsSharedEmpty())
+        return;
     CopyBeforeWrite();
     ::OemToCharA(Characters, Characters);
 }

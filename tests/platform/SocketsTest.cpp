@@ -33,7 +33,7 @@ TEST_F(SocketTest, OptionsReadBackAsTheyWereSet)
         EXPECT_EQ(0, SetIntOption(Client, SO_SNDTIMEO, value + 1));
         EXPECT_EQ(value + 1, IntOption(Client, SO_SNDTIMEO));
     }
-    for (const int value : {500, 4096, 20001, 65536}) {
+    for (const int value : {0, 500, 4096, 20001, 65536}) {
         EXPECT_EQ(0, SetIntOption(Client, SO_SNDBUF, value));
         EXPECT_EQ(value, IntOption(Client, SO_SNDBUF));
         EXPECT_EQ(0, SetIntOption(Client, SO_RCVBUF, value));

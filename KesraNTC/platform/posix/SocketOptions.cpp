@@ -57,7 +57,7 @@ int GetBufferSize(const SocketPin& pin, int option, int asSet, int& size)
     if (GetSystemOption(pin, SOL_SOCKET, option, size) != 0)
         return SOCKET_ERROR;
     size /= 2;
-    if (asSet != 0)
+    if (asSet != Kesra::SocketSlot::NeverSet)
         size = std::min(size, asSet);
     return 0;
 }

@@ -101,8 +101,10 @@ SOCKET SocketSlot::Begin(int descriptor)
     Write.Reopen();
     IsNonBlocking.store(false, std::memory_order_relaxed);
     HadPeer.store(false, std::memory_order_relaxed);
-    for (std::atomic<int>* option : {&ReceiveTimeout, &SendTimeout, &ReceiveBuffer, &SendBuffer})
-        option->store(0, std::memory_order_relaxed);
+    for (std::atomic<int>* timeout : {&ReceiveTimeout, &SendTimeout})
+        timeout->store(0, std::memory_order_relaxed);
+    for (std::atomic<int>* buffer : {&ReceiveBuffer, &SendBuffer})
+        buffer->store(NeverSet, std::memory_order_relaxed);
     FatalError.store(0, std::memory_order_relaxed);
     Descriptor = descriptor;
     std::uint32_t generation =

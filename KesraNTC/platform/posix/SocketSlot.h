@@ -45,7 +45,8 @@ public:
     std::atomic<bool> IsNonBlocking;
     // There is, was or is about to be a peer.
     std::atomic<bool> HadPeer;
-    // Values as they were set, since the system rounds them; 0 when never set.
+    // Values as they were set, since the system rounds them; a buffer may be set to 0, too.
+    static constexpr int NeverSet = -1;
     std::atomic<int> ReceiveTimeout;
     std::atomic<int> SendTimeout;
     std::atomic<int> ReceiveBuffer;
