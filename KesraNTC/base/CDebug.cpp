@@ -7,7 +7,6 @@
 #include <cstdarg>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
 #include <mutex>
 #include <string>
 
@@ -21,12 +20,6 @@ constexpr std::size_t FileNameRoom = 256;
 
 // Guards DiskFile; besides, appends of two streams at once may overwrite each other on Windows.
 std::mutex DiskFileLock;
-
-void MakeDirectory()
-{
-    std::error_code ignored;
-    std::filesystem::create_directory("KESRA_NETWORK_LOG", ignored);
-}
 
 std::string TodaysFileName()
 {
@@ -77,7 +70,8 @@ void CDebug::AppendLine(const char* line)
     const std::string text = WithCarriageReturns(line);
     const std::string name = TodaysFileName();
     const std::lock_guard<std::mutex> writing(DiskFileLock);
-    MakeDirectory();
+    // Nearly always it is there already; an append that fails for any other reason tells nobody.
+    static_cast<void>(_mkdir("KESRA_NETWORK_LOG"));
     DiskFile = std::fopen(name.c_str(), "ab");
     if (DiskFile == nullptr)
         return;

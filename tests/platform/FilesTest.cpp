@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 namespace
@@ -160,4 +162,22 @@ TEST_F(Files, HandlesOfNoFileAreRefused)
     EXPECT_FALSE(WriteFile(INVALID_HANDLE_VALUE, text, 4, &count, nullptr));
     EXPECT_EQ(SetFilePointer(INVALID_HANDLE_VALUE, 0, nullptr, FILE_END), INVALID_SET_FILE_POINTER);
 }
+TEST_F(Files, AFolderIsMadeOnce)
+{
+    const std::string folder = Name() + ".folder";
+    const std::string inside = folder + "\\file";
+    std::filesystem::remove_all(folder);
+    EXPECT_EQ(_mkdir(folder.c_str()), 0);
+    EXPECT_EQ(_mkdir(folder.c_str()), -1);
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_EQ(_mkdir((inside + "\\deeper").c_str()), -1);
+    EXPECT_EQ(errno, ENOENT);
+
+    const HANDLE file = Open(GENERIC_WRITE, 0, OPEN_ALWAYS, inside);
+    EXPECT_NE(file, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(CloseHandle(file));
+    EXPECT_TRUE(DeleteFileA(inside.c_str()));
+    EXPECT_TRUE(std::filesystem::remove(folder));
+}
+
 } // namespace

@@ -233,3 +233,8 @@ BOOL DeleteFileA(LPCSTR name)
     close(descriptor);
     return error ? Fail(error) : TRUE;
 }
+
+int _mkdir(const char* name)
+{
+    return mkdir(LocalName(name).c_str(), 0777);
+}

@@ -39,3 +39,5 @@ KESRANTC_API DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh
 KESRANTC_API BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, OVERLAPPED* overlapped);
 KESRANTC_API BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, OVERLAPPED* overlapped);
 KESRANTC_API BOOL DeleteFileA(LPCSTR name);
+/// 0, or -1 with errno set.
+KESRANTC_API int _mkdir(const char* name);
