@@ -491,7 +491,11 @@ TEST_F(Connection, LeavesNoDescriptor)
     for (int i = 0; i < 20; ++i) {
         cycle();
     }
-    EXPECT_EQ(Entries(descriptors), before);
+    // A receive thread gives its own descriptor back as it exits, just after its client's wait for it.
+    for (int i = 0; i < 10000 && Entries(descriptors) > before; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_LE(Entries(descriptors), before);
 }
 
 } // namespace
