@@ -190,6 +190,7 @@ void CNTBaseClient::UpdateFrame()
 void CNTBaseClient::CheckTraffic()
 {
     const COLEDateTime now = COLEDateTime::GetTickCount();
+    const Locked dating(QueueLock);
     if ((now - TrafficTime).GetTotalSeconds() < TrafficPeriodSeconds) {
         return;
     }

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <memory>
+#include <vector>
 
 class CNTProxy;
 class CNTStub;
@@ -32,9 +33,9 @@ public:
     static constexpr unsigned long SendWithoutBuffer = 3; ///< SendToServer: the packet has no buffer
 
     CNTBaseClient();
-    /// Closes the socket and waits for the receive thread. ProcessDisconnection is not called any more. A
-    /// class whose handlers or ProcessDisconnection use its own members calls Disconnect and
-    /// WaitForReceiveThread in its destructor, since its members are gone before this one runs.
+    /// Closes the socket and waits for every receive thread of this object. ProcessDisconnection is not
+    /// called any more. A class that implements it calls StopReceiving first in its own destructor: its part
+    /// of the object is gone before this one runs.
     ~CNTBaseClient() override;
     // A copy holds the same values and shares the events; it has no receive thread of its own.
     CNTBaseClient(const CNTBaseClient&);
@@ -69,8 +70,9 @@ public:
     bool RecvFromServer();
     /// The receive thread's procedure; the argument is the client.
     static void RecvFromServer_Proc(void* client);
-    /// Waits until the receive thread has ended, at most so many milliseconds. True when there is none any
-    /// more; at once false on the receive thread itself.
+    /// Waits until the receive threads of this object have ended, at most so many milliseconds. True when
+    /// there is none any more; at once false on such a thread itself. Called from a handler on another thread
+    /// it waits in vain when the receive thread has packets to dispatch.
     bool WaitForReceiveThread(unsigned long milliseconds);
 
     /// Hands every queued packet in order to ProcessPacketFromServer and empties the queue. 0. Called from a
@@ -110,7 +112,8 @@ public:
     COLEDateTime TrafficTime; ///< time of the last reset of the traffic counters
 
 protected:
-    /// What the destructor does, for the destructor of a derived class. The client does not connect again.
+    /// What the destructor does, to be called first in the destructor of a derived class. The client does not
+    /// connect again.
     void StopReceiving();
 
 private:
@@ -121,15 +124,18 @@ private:
     bool ResolveServer(sockaddr_in& address);
     bool Connect();
     bool IsConnectingRefused();
+    std::shared_ptr<Kesra::ReceiveThread> AddReceiver();
+    std::shared_ptr<Kesra::ReceiveThread> BeginReceiver();
     std::shared_ptr<Kesra::ReceiveThread> NewestReceiver();
+    std::vector<std::shared_ptr<Kesra::ReceiveThread>> AllReceivers();
     std::size_t DispatchFlood();
     void GiveBackQueue(std::size_t dispatched);
     void CopyFrom(const CNTBaseClient& other);
 
     CLock ConnectLock;                   ///< one ConnectToServer at a time
     std::atomic<bool> IsStopping{false}; ///< the client is being destroyed
-    std::shared_ptr<Kesra::ReceiveThread>
-        Receiver;                       ///< of the newest connection, null before the first; under QueueLock
+    /// The newest connection's last; before it those that still run code of the game. Under QueueLock.
+    std::vector<std::shared_ptr<Kesra::ReceiveThread>> Receivers;
     Kesra::ReceivedPackets Dispatching; ///< the packets of the drain in progress, under Lock
     std::size_t LastDispatched = 0;     ///< packets of the previous drain
     bool InDispatch = false;

@@ -5,6 +5,8 @@
 #include "KesraNTC/net/CNTBaseClient.h"
 #include "KesraNTC/net/ReceiveThread.h"
 
+#include <algorithm>
+
 using namespace Kesra;
 
 bool CNTBaseClient::Startup()
@@ -44,15 +46,20 @@ bool CNTBaseClient::ConnectToServer()
         return false;
     }
     CDebug::AppendDebugMsg("ConnectToServer() : Success\n");
-    ConnectTime = TrafficTime = COLEDateTime::GetTickCount();
+    {
+        const Locked dating(QueueLock);
+        ConnectTime = TrafficTime = COLEDateTime::GetTickCount();
+    }
     return RecvFromServer();
 }
 
 bool CNTBaseClient::IsConnectingRefused()
 {
     // A thread that hears of the end of its connection must not replace the newer one that ended it.
-    const ReceiveThread* caller = ReceiveThread::OnThisThread();
-    return IsStopping || (caller != nullptr && caller->IsRetired() && caller != NewestReceiver().get());
+    // It may begin the connections of other clients.
+    const auto own = AllReceivers();
+    const auto isCaller = [](const auto& thread) { return thread->IsCurrent(); };
+    return IsStopping || (std::any_of(own.begin(), own.end(), isCaller) && !own.back()->IsCurrent());
 }
 
 bool CNTBaseClient::Connect()
@@ -64,15 +71,14 @@ bool CNTBaseClient::Connect()
         return false;
     }
     const SOCKET socket = static_cast<SOCKET>(GetSocket());
+    SetBlocking(socket, true);
     if (connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         const int error = WSAGetLastError();
         Close();
         CDebug::AppendDebugMsg("ConnectToServer() : error %d\n", error);
         return false;
     }
-    // Sends try what the socket takes at once and never block; overlapped operations are not affected.
-    unsigned long on = 1;
-    ioctlsocket(socket, FIONBIO, &on);
+    SetBlocking(socket, false);
     return true;
 }
 
@@ -94,46 +100,81 @@ bool CNTBaseClient::ResolveServer(sockaddr_in& address)
 
 bool CNTBaseClient::RecvFromServer()
 {
-    const auto thread = std::make_shared<ReceiveThread>();
-    {
-        const Locked publishing(QueueLock);
-        Receiver = thread;
-    }
+    const std::shared_ptr<ReceiveThread> thread = AddReceiver();
     if (_beginthread(RecvFromServer_Proc, 0, this) == static_cast<std::uintptr_t>(-1)) {
         thread->NeverBegan();
     }
     return true;
 }
 
+std::shared_ptr<ReceiveThread> CNTBaseClient::AddReceiver()
+{
+    const auto thread = std::make_shared<ReceiveThread>();
+    const Locked publishing(QueueLock);
+    std::erase_if(Receivers, [](const auto& old) { return old->WaitForEnd(0); });
+    Receivers.push_back(thread);
+    return thread;
+}
+
+std::shared_ptr<ReceiveThread> CNTBaseClient::BeginReceiver()
+{
+    for (const auto& thread : AllReceivers()) {
+        if (thread->Begin()) {
+            return thread;
+        }
+    }
+    // The game runs the procedure on a thread of its own.
+    const std::shared_ptr<ReceiveThread> thread = AddReceiver();
+    thread->Begin();
+    return thread;
+}
+
 std::shared_ptr<ReceiveThread> CNTBaseClient::NewestReceiver()
 {
     const Locked reading(QueueLock);
-    return Receiver;
+    return Receivers.empty() ? nullptr : Receivers.back();
+}
+
+std::vector<std::shared_ptr<ReceiveThread>> CNTBaseClient::AllReceivers()
+{
+    const Locked reading(QueueLock);
+    return Receivers;
 }
 
 void CNTBaseClient::StopReceiving()
 {
     IsStopping = true;
-    std::shared_ptr<ReceiveThread> thread;
+    std::vector<std::shared_ptr<ReceiveThread>> stopped;
     // ProcessDisconnection may be connecting again at this moment.
-    while (thread != NewestReceiver()) {
-        thread = NewestReceiver();
-        thread->ClaimNotification();
-        Close();
-        thread->Retire();
-        if (!thread->IsCurrent()) {
-            thread->WaitForEnd(INFINITE);
+    do {
+        stopped = AllReceivers();
+        for (const auto& thread : stopped) {
+            thread->ClaimNotification();
         }
-    }
+        Close();
+        for (const auto& thread : stopped) {
+            thread->Retire();
+            if (!thread->IsCurrent()) {
+                thread->WaitForEnd(INFINITE);
+            }
+        }
+    } while (stopped != AllReceivers());
 }
 
 bool CNTBaseClient::WaitForReceiveThread(unsigned long milliseconds)
 {
-    std::shared_ptr<ReceiveThread> thread;
-    while (thread != NewestReceiver()) {
-        thread = NewestReceiver();
-        if (thread->IsCurrent() || !thread->WaitForEnd(static_cast<DWORD>(milliseconds))) {
-            return false;
+    const DWORD limit = static_cast<DWORD>(milliseconds);
+    const DWORD start = ::GetTickCount();
+    const auto timeLeft = [&] {
+        return limit == INFINITE ? INFINITE : limit - std::min<DWORD>(limit, ::GetTickCount() - start);
+    };
+    std::vector<std::shared_ptr<ReceiveThread>> ended;
+    while (ended != AllReceivers()) {
+        ended = AllReceivers();
+        for (const auto& thread : ended) {
+            if (thread->IsCurrent() || !thread->WaitForEnd(timeLeft())) {
+                return false;
+            }
         }
     }
     return true;

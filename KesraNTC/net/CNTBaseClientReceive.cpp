@@ -16,8 +16,7 @@ const ReceiveThread*& ReceiveThread::Current()
 void CNTBaseClient::RecvFromServer_Proc(void* argument)
 {
     CNTBaseClient& client = *static_cast<CNTBaseClient*>(argument);
-    const std::shared_ptr<ReceiveThread> thread = client.NewestReceiver();
-    thread->Begin();
+    const std::shared_ptr<ReceiveThread> thread = client.BeginReceiver();
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_ABOVE_NORMAL);
     const bool began = client.IssueNetRead();
     if (began) {

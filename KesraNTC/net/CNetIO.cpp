@@ -79,11 +79,12 @@ void CNetIO::BeginConnection()
 {
     // A sender of the previous connection leaves once its socket is closed.
     const Locked sending(Resources->SendLock);
+    const Locked writing(Resources->WriteLock);
     RecvSize = RecvStage = PacketSize = 0;
     RemainSize = CNTPacket::HeaderSize;
     Resources->Read.Reset();
     Resources->Write.Reset();
-    Resources->Sending = SendState::Idle;
+    Resources->IsWriting = false;
     Resources->SendError = 0;
 }
 
@@ -111,7 +112,15 @@ unsigned int CNetIO::GetSocket()
 
 void CNetIO::SetSocket(unsigned int socket)
 {
+    // Sends try what the socket takes at once and never wait.
+    SetBlocking(static_cast<SOCKET>(socket), false);
     Shared(Socket).store(static_cast<SOCKET>(socket));
+}
+
+void CNetIO::SetBlocking(SOCKET socket, bool blocking)
+{
+    u_long nonBlocking = blocking ? 0 : 1;
+    ioctlsocket(socket, FIONBIO, &nonBlocking);
 }
 
 void CNetIO::AttachClientToOVERLAPPED(unsigned long client)
@@ -205,15 +214,21 @@ unsigned long CNetIO::SendPacket(char* data, unsigned long len)
         }
         sent = 0;
     }
+    if (sent == len) {
+        CountSend(sent);
+        return SendStarted;
+    }
     AddSendBytes(sent);
-    return sent == len ? SendStarted : SendRest(data + sent, len - sent);
+    return SendRest(data + sent, len - sent);
 }
 
 unsigned long CNetIO::SendRest(const char* data, unsigned long len)
 {
     std::memcpy(Resources->Rest, data, len);
+    // The receive thread may look at any time, and OverlappedOUT still tells of the previous write.
+    const Locked beginning(Resources->WriteLock);
     Resources->SendFinished.Reset();
-    Resources->Sending = SendState::Pending;
+    Resources->IsWriting = true;
     WSABUF buffer{static_cast<ULONG>(len), Resources->Rest};
     DWORD sent = 0;
     if (WSASend(Shared(Socket).load(), &buffer, 1, &sent, 0, &OverlappedOUT, nullptr) == 0) {
@@ -223,7 +238,7 @@ unsigned long CNetIO::SendRest(const char* data, unsigned long len)
     if (error == WSA_IO_PENDING) {
         return SendStarted;
     }
-    Resources->Sending = SendState::Idle;
+    Resources->IsWriting = false;
     LogSocketError("Send() ", error);
     return SendFailed;
 }
@@ -231,7 +246,7 @@ unsigned long CNetIO::SendRest(const char* data, unsigned long len)
 bool CNetIO::WaitForPreviousSend()
 {
     const HANDLE events[] = {Resources->Write.Get(), Resources->SendFinished.Get()};
-    while (Resources->Sending != SendState::Idle) {
+    while (Resources->IsWriting) {
         DWORD error = 0;
         if (WaitForMultipleObjects(2, events, FALSE, INFINITE) == WAIT_OBJECT_0 && !FinishSend(error)) {
             // The receive thread ends the connection.
@@ -245,8 +260,8 @@ bool CNetIO::WaitForPreviousSend()
 
 bool CNetIO::FinishSend(DWORD& error)
 {
-    SendState expected = SendState::Pending;
-    if (!Resources->Sending.compare_exchange_strong(expected, SendState::Finishing)) {
+    const Locked finishing(Resources->WriteLock);
+    if (!Resources->IsWriting) {
         error = Resources->SendError;
         return error == 0;
     }
@@ -257,20 +272,19 @@ bool CNetIO::FinishSend(DWORD& error)
     error = done ? 0 : static_cast<DWORD>(WSAGetLastError());
     if (error == WSA_IO_INCOMPLETE) {
         error = 0;
-        Resources->Sending = SendState::Pending;
         return true;
     }
     if (done) {
         CountSend(sent);
     }
+    Resources->IsWriting = false;
     Resources->SendFinished.Set();
-    Resources->Sending = SendState::Idle;
     return done;
 }
 
 bool CNetIO::IsSendPending() const
 {
-    return Resources->Sending.load(std::memory_order_relaxed) == SendState::Pending;
+    return Resources->IsWriting.load(std::memory_order_relaxed);
 }
 
 void CNetIO::CountSend(unsigned long sent)

@@ -46,7 +46,8 @@ public:
     bool IsConnected();
     /// The socket's number; that of INVALID_SOCKET when there is none.
     unsigned int GetSocket();
-    /// Stores a socket; the one before is not closed.
+    /// Stores a socket and makes its calls non-blocking, since a send never waits for its own bytes; the
+    /// socket before is not closed.
     void SetSocket(unsigned int socket);
 
     /// The receive buffer, 4096 bytes; the packet being collected starts at its first byte.
@@ -64,7 +65,8 @@ public:
     /// Accounts for n bytes (at least 1) that a read delivered into the buffer.
     unsigned long CollectPacket(unsigned long n);
     /// Sends len bytes (at most 4096), which may be reused at once. What the socket does not take immediately
-    /// follows as an overlapped write from a copy; a second sender waits until the first one's bytes are out.
+    /// follows as an overlapped write from a copy, and only then is the write block's event signalled; a
+    /// second sender waits until the first one's bytes are out.
     unsigned long SendPacket(char* data, unsigned long len);
 
     /// Adds to the bytes sent since the last reset. Any thread, as all counters.
@@ -110,6 +112,8 @@ protected:
     bool FinishSend(DWORD& error);
     /// True while a write is outstanding.
     bool IsSendPending() const;
+    /// Whether calls on the socket wait. Overlapped operations never do.
+    static void SetBlocking(SOCKET socket, bool blocking);
 
     std::shared_ptr<Kesra::IoResources> Resources; ///< the events and the state of the outstanding write
 

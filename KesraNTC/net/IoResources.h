@@ -9,10 +9,6 @@
 namespace Kesra
 {
 
-/// How far the one overlapped write of a connection is. Whoever takes it from Pending to Finishing accounts
-/// for the completion and then makes it Idle; only then may the next one begin.
-enum class SendState { Idle, Pending, Finishing };
-
 /// What a connection's copies share: its events, and the write that may be outstanding.
 struct IoResources {
     EventHandle Read{EventHandle::AutoReset};
@@ -21,7 +17,11 @@ struct IoResources {
         EventHandle::ManualReset}; ///< set when a write was accounted for, until the next one
 
     CLock SendLock; ///< one sender at a time, also while it waits for the previous write
-    std::atomic<SendState> Sending{SendState::Idle};
+    CLock
+        WriteLock; ///< OverlappedOUT, while a write begins and while somebody looks whether it has completed
+    /// A write is outstanding: whoever finds it complete accounts for it, and only then may the next one
+    /// begin. Changed under WriteLock.
+    std::atomic<bool> IsWriting{false};
     std::atomic<DWORD> SendError{0}; ///< code of the failed write that ends the connection, 0 = none
     char Rest[CNTPacket::Capacity];  ///< the bytes of the outstanding write
 };

@@ -15,8 +15,15 @@ namespace Kesra
 class ReceiveThread
 {
 public:
-    /// Called first on the thread itself.
-    void Begin() { Current() = this; }
+    /// Called first on the thread itself. False when another thread has begun as this one before.
+    bool Begin()
+    {
+        if (Begun.exchange(true)) {
+            return false;
+        }
+        Current() = this;
+        return true;
+    }
     /// Called last on the thread itself: nothing of the client is touched afterwards.
     void End()
     {
@@ -32,8 +39,6 @@ public:
     }
 
     bool IsCurrent() const { return Current() == this; }
-    /// The receive thread that this is, of whichever client; null on other threads.
-    static const ReceiveThread* OnThisThread() { return Current(); }
     bool WaitForEnd(DWORD milliseconds) const { return Ended.Wait(milliseconds); }
 
     /// On the thread itself: lets go of the receive state, before code of the game and for good at the end.
@@ -71,6 +76,7 @@ private:
     EventHandle Ended{EventHandle::ManualReset};
     EventHandle Free{EventHandle::ManualReset}; ///< set once a retired thread has let go
     std::atomic<unsigned> State{0};
+    std::atomic<bool> Begun{false};
     std::atomic<bool> Claimed{false};
 };
 

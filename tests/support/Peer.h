@@ -13,6 +13,8 @@ class Peer
 {
 public:
     Peer() : Acceptor(Context, {asio::ip::address_v4::loopback(), 0}), Socket(Context) {}
+    /// Takes in little at a time, so that its client soon has to wait with sending.
+    explicit Peer(asio::socket_base::receive_buffer_size little) : Peer() { Acceptor.set_option(little); }
 
     unsigned short Port() const { return Acceptor.local_endpoint().port(); }
     void Accept()
@@ -22,7 +24,12 @@ public:
         Socket.set_option(asio::ip::tcp::no_delay(true));
     }
 
-    void Send(std::string_view bytes) { asio::write(Socket, asio::buffer(bytes.data(), bytes.size())); }
+    /// What is sent to a client that has gone is lost.
+    void Send(std::string_view bytes)
+    {
+        asio::error_code error;
+        asio::write(Socket, asio::buffer(bytes.data(), bytes.size()), error);
+    }
     /// Exactly so many bytes, or fewer when the client closes.
     std::string Receive(std::size_t size)
     {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <string>
@@ -183,9 +184,10 @@ TEST_F(Connection, ConnectingAgainWhenToldOfTheEnd)
 {
     Peer next;
     Game.OnDisconnection = [&] {
-        Game.OnDisconnection = nullptr;
-        Game.SetServerPort(next.Port());
-        EXPECT_TRUE(Game.ConnectToServer());
+        if (Game.Disconnections == 1) {
+            Game.SetServerPort(next.Port());
+            EXPECT_TRUE(Game.ConnectToServer());
+        }
     };
     ASSERT_TRUE(Game.ConnectTo(Server));
     Server.Close();
@@ -195,6 +197,64 @@ TEST_F(Connection, ConnectingAgainWhenToldOfTheEnd)
     Game.WaitForBytes(Chat("again").GetBufSize());
     Game.ProcessQueuedMessageFromServer();
     EXPECT_EQ(Game.Stub.Lines, (std::vector<std::string>{"again"}));
+}
+
+/// A thread whose connection was replaced may still be in ProcessDisconnection when everything ends.
+TEST_F(Connection, TheThreadsOfReplacedConnectionsAreWaitedFor)
+{
+    EventHandle isTold{EventHandle::AutoReset};
+    EventHandle mayGoOn{EventHandle::AutoReset};
+    Game.OnDisconnection = [&] {
+        if (Game.Disconnections == 1) {
+            isTold.Set();
+            mayGoOn.Wait();
+        }
+    };
+    ASSERT_TRUE(Game.ConnectAndReceive(Server));
+    Server.Close();
+    ASSERT_TRUE(isTold.Wait());
+    ASSERT_TRUE(Game.ConnectAndReceive(Server));
+    Game.Disconnect();
+    EXPECT_FALSE(Game.WaitForReceiveThread(50));
+    EXPECT_EQ(Game.Disconnections, 2);
+    mayGoOn.Set();
+    Game.WaitForEnd();
+}
+
+TEST_F(Connection, TheEndOfOneMayConnectAnother)
+{
+    Peer elsewhere;
+    GameClient other;
+    EventHandle isOver{EventHandle::AutoReset};
+    Game.OnDisconnection = [&] {
+        if (Game.Disconnections == 1) {
+            EXPECT_FALSE(Game.ConnectToServer()) << "it has been replaced";
+            EXPECT_TRUE(other.ConnectTo(elsewhere));
+            isOver.Set();
+        }
+    };
+    ASSERT_TRUE(Game.ConnectAndReceive(Server));
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    ASSERT_TRUE(isOver.Wait());
+    EXPECT_TRUE(Game.IsConnected());
+    EXPECT_TRUE(other.IsConnected());
+}
+
+TEST_F(Connection, TheReceiveProcedureMayRunOnAThreadOfTheGame)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(Server.Port());
+    address.sin_addr.s_addr = inet_addr("127.0.0.1");
+    const SOCKET socket = static_cast<SOCKET>(Game.CreateSocket());
+    connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    Server.Accept();
+    Server.Send(BytesOf(Chat("hello")));
+    Server.Close();
+    std::thread(CNTBaseClient::RecvFromServer_Proc, &Game).join();
+    EXPECT_EQ(Game.Disconnections, 1);
+    Game.ProcessQueuedMessageFromServer();
+    EXPECT_EQ(Game.Stub.Lines, (std::vector<std::string>{"hello"}));
 }
 
 TEST_F(Connection, AHandlerMayConnectElsewhere)
@@ -314,6 +374,43 @@ TEST_F(Connection, SendingMoreThanTheSocketsHold)
     EXPECT_EQ(Game.GetSendBytes(), 0U);
 }
 
+/// Every packet has to wait for room, and what the server sends makes the receive thread look each time
+/// whether the write has completed: none may be taken for the one before.
+TEST_F(Connection, EveryByteLeavesOnceWhileTheServerTalks)
+{
+    constexpr unsigned packets = 1500;
+    constexpr unsigned bytesEach = CNTPacket::Capacity;
+    Peer slow{asio::socket_base::receive_buffer_size(bytesEach)};
+    ASSERT_TRUE(Game.ConnectTo(slow));
+    Game.SetSendBuffer(bytesEach);
+    std::string received;
+    std::thread talking([&] {
+        std::string part;
+        do {
+            slow.Send(BytesOf(Chat("word")));
+            part = slow.Receive(std::min<std::size_t>(3000, packets * bytesEach - received.size()));
+            received += part;
+        } while (!part.empty());
+    });
+    char data[bytesEach];
+    std::string sent;
+    for (unsigned i = 0; i < packets; ++i) {
+        std::memset(data, static_cast<int>(i % 251), sizeof data);
+        sent.append(data, sizeof data);
+        if (Game.SendPacket(data, sizeof data) != CNetIO::SendStarted) {
+            ADD_FAILURE() << "packet " << i << " was not taken";
+            Game.Disconnect();
+            break;
+        }
+    }
+    talking.join();
+    while (Game.IsConnected() && Game.GetSendBytes() < sent.size()) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(Game.GetSendBytes(), sent.size());
+    EXPECT_TRUE(received == sent) << received.size() << " bytes of " << sent.size();
+}
+
 TEST_F(Connection, DisconnectFreesASenderThatWaits)
 {
     ASSERT_TRUE(Game.ConnectAndReceive(Server));
@@ -345,6 +442,9 @@ TEST_F(Connection, SendsThatCannotBe)
     large.SetBufSize(4096);
     EXPECT_EQ(Game.SendToServer(large), 0U);
     EXPECT_EQ(Server.Receive(4096).size(), 4096U);
+    packet.SetBufSize(0);
+    EXPECT_EQ(Game.SendToServer(packet), 0U);
+    EXPECT_TRUE(Logged("0 사이즈의 패킷을 송신했당!!!"_949)) << "nothing was sent";
 }
 
 TEST_F(Connection, AFailedRequestIsLoggedAndStillHandedOver)
