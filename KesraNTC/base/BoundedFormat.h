@@ -1,17 +1,23 @@
 #pragma once
 
+#include "KesraNTC/base/CString.h"
+
+#include <algorithm>
 #include <cstdarg>
 #include <cstddef>
-#include <cstdio>
+#include <cstring>
 
 namespace Kesra
 {
 
-/// Formats as printf does, cut to what the buffer holds with its NUL; empty when the format cannot be used.
+/// Formats as CString::Format does, cut to what the buffer holds with its NUL.
 template <std::size_t N> void BoundedFormat(char (&buffer)[N], const char* format, std::va_list arguments)
 {
-    if (format == nullptr || std::vsnprintf(buffer, N, format, arguments) < 0)
-        buffer[0] = '\0';
+    CString text;
+    text.FormatV(format, arguments);
+    const std::size_t length = std::min(static_cast<std::size_t>(text.GetLength()), N - 1);
+    std::memcpy(buffer, static_cast<const char*>(text), length);
+    buffer[length] = '\0';
 }
 
 } // namespace Kesra

@@ -1,6 +1,7 @@
 #include "KesraNTC/base/CDebug.h"
 #include "KesraNTC/base/Korean.h"
 #include "KesraNTC/base/Trace.h"
+#include "KesraNTC/platform/Platform.h"
 #include "tests/support/LogDirectory.h"
 
 #include <algorithm>
@@ -67,6 +68,16 @@ TEST(Debug, CutsMessagesAt1023Bytes)
     CDebug::AppendDebugMsg("%s%s", text.c_str(), "yz");
     CDebug::AppendDebugMsg("%02000d", 5);
     EXPECT_EQ(text + "\r\n" + text + "\r\n" + std::string(1023, '0') + "\r\n", directory.Log());
+}
+
+TEST(Debug, FormatsAsStringsDo)
+{
+    const LogDirectory directory;
+    // Not literals: the compiler checks those against the printf of its own system.
+    for (const char* format : {"%S|%I64d|%lu", static_cast<const char*>(nullptr)}) {
+        CDebug::AppendDebugMsg(format, OLESTR("a\uAC00"), -5LL, 7UL);
+    }
+    EXPECT_EQ("a\xB0\xA1|-5|7\r\n\r\n", directory.Log());
 }
 
 TEST(Debug, TraceAndInitWriteNothing)
