@@ -2,6 +2,7 @@
 
 #include "KesraNTC/platform/Platform.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -13,7 +14,7 @@
 // on every platform, whatever the local printf makes of I64, S or a 16-bit wide text.
 namespace Kesra
 {
-/// Wider or more precise fields are cut to this many characters.
+/// Wider fields, and more precise ones of numbers, are cut to this many characters.
 constexpr int LargestPrintfField = 1 << 20;
 
 /// One conversion: what stands between the percent sign and the type letter, and the letter.
@@ -53,7 +54,7 @@ inline int ReadPrintfNumber(const char*& at)
 {
     long long number = 0;
     for (; *at >= '0' && *at <= '9'; ++at)
-        number = CutPrintfField(number * 10 + (*at - '0'));
+        number = std::min<long long>(number * 10 + (*at - '0'), INT32_MAX);
     return static_cast<int>(number);
 }
 
@@ -114,12 +115,13 @@ template <typename NextInt> PrintfField ReadPrintfField(const char*& at, NextInt
     if (*at == '.') {
         ++at;
         const bool isGiven = *at == '*';
-        const long long precision =
-            isGiven ? (++at, static_cast<long long>(nextInt())) : ReadPrintfNumber(at);
-        field.Precision = precision < 0 ? -1 : CutPrintfField(precision);
+        field.Precision = std::max(isGiven ? (++at, static_cast<int>(nextInt())) : ReadPrintfNumber(at), -1);
     }
     ReadPrintfSize(at, field);
     field.Type = *at;
+    // That of a text adds no character to it.
+    if (!field.IsText())
+        field.Precision = CutPrintfField(field.Precision);
     if (*at)
         ++at;
     return field;
@@ -224,7 +226,7 @@ inline void AppendWideText(std::string& output, const PrintfField& field, LPCWST
         return;
     }
     constexpr int MostUnits = INT32_MAX / 2;
-    const int most = field.Precision < 0 ? MostUnits : field.Precision;
+    const int most = field.Precision < 0 ? MostUnits : std::min(field.Precision, MostUnits);
     int length = 0;
     // Unlike a comparison in place this may read a text of whichever 16-bit type.
     for (WCHAR unit; length < most && (std::memcpy(&unit, text + length, sizeof unit), unit != 0);)

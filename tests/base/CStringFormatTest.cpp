@@ -109,6 +109,10 @@ TEST(CStringFormat, NoFieldIsTooLong)
     EXPECT_EQ(Formatted("%99999999999999999999d", 1).size(), 1048576u);
     EXPECT_EQ(Formatted("%*d", INT_MIN, 1).size(), 1048576u);
     EXPECT_EQ(Formatted("%.2147483647d", 1).size(), 1048576u);
+    const std::string longText(1100000, 'x');
+    EXPECT_EQ(Formatted("%.1099999s", longText.c_str()).size(), 1099999u);
+    EXPECT_EQ(Formatted("%.*s", INT_MAX, longText.c_str()).size(), longText.size());
+    EXPECT_EQ(Formatted("%.99999999999S", OLESTR("wide")), "wide");
 }
 
 TEST(CStringFormat, ArgumentsMayBeTheStringItself)
