@@ -165,7 +165,7 @@ public:
     /// Formats with the printf conversions c C s S d i u x X o p e E g G f, their flags, width, precision and
     /// *, and the sizes h, l, F, N and I64. S and ls take a 16-bit wide text, p prints all digits of an
     /// address, n skips its pointer and writes nothing, any other letter stands for itself. Integers have 32
-    /// bits, with h 16, with I64 64. A null text prints as "(null)". Fields are cut to 1048576 characters; a
+    /// bits, with h 16, with I64 64. A null text prints as "(null)". Fields grow to 1048576 characters; a
     /// NUL ends the result. The arguments may be texts of this very string.
     void Format(const char* format, ...);
     void FormatV(const char* format, va_list arguments);
@@ -236,7 +236,9 @@ inline bool CString::IsRoomy() const noexcept
 // The most characters that fit without another block.
 inline int CString::GetRoom() const noexcept
 {
-    return IsRoomy() ? reinterpret_cast<const std::int32_t*>(Data())[-1] : GetAllocLength();
+    // A locked buffer keeps the size that its owner knows.
+    const bool mayGrow = IsRoomy() && Data()->RefCount.load(std::memory_order_relaxed) > 0;
+    return mayGrow ? reinterpret_cast<const std::int32_t*>(Data())[-1] : GetAllocLength();
 }
 
 // Loops run through this: it takes few steps as long as there is room.

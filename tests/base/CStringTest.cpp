@@ -312,12 +312,14 @@ TEST(CString, AppendingShowsNoSpareRoom)
     string.FreeExtra();
     EXPECT_EQ(string.GetAllocLength(), 502);
     ExpectText(string, expected + "!?");
-    string = "short";
-    string += " and locked";
-    const char* locked = string.LockBuffer();
-    string += '.';
-    EXPECT_EQ(static_cast<const char*>(string), locked);
-    ExpectText(string, "short and locked.");
+
+    CString small("short");
+    small += " and locked";
+    const char* locked = small.LockBuffer();
+    small += '.';
+    EXPECT_NE(Text(small), locked) << "the locked buffer ends where it seems to end";
+    ExpectText(small, "short and locked.");
+    EXPECT_EQ(Text(CString(small)), Text(small));
 }
 
 TEST(CString, AppendingItselfDoublesTheText)
