@@ -122,6 +122,17 @@ TEST(CodePages, WhatThePageCannotHoldBecomesTheDefaultCharacter)
     EXPECT_FALSE(used);
 }
 
+TEST(CodePages, WhatThePageLacksBecomesItsNearestCharacter)
+{
+    EXPECT_EQ(ToBytes(949, OLESTR("\u00A9\u00A3\u20A9\u00E9\u1100\u1161\uFFA1\u24B6")),
+              "\xA8\xCF\xA1\xCC\\e\xA4\xA1\xA4\xBF\xA4\xA1\xA8\xCD");
+    char bytes[8] = "";
+    BOOL used = TRUE;
+    EXPECT_EQ(WideCharToMultiByte(949, 0, OLESTR("\u00E9"), -1, bytes, 8, nullptr, &used), 2);
+    EXPECT_STREQ(bytes, "e");
+    EXPECT_FALSE(used);
+}
+
 TEST(CodePages, BrokenBytesNeverSwallowTheTerminator)
 {
     OLECHAR wide[8];

@@ -1,5 +1,7 @@
 #include "KesraNTC/platform/posix/Uhc.h"
 
+#include "KesraNTC/platform/posix/UhcBestFit.h"
+
 #include <cstring>
 #include <iconv.h>
 
@@ -33,6 +35,8 @@ private:
 
 Tables::Tables()
 {
+    for (const Kesra::Uhc::BestFit& fit : Kesra::Uhc::BestFits)
+        Code[fit.Wide] = fit.Code;
     Code[0x80] = 0x80;
     Code[WideOfFF] = 0xFF;
     for (unsigned row = 0; row < 2; ++row)
