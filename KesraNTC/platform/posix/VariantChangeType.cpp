@@ -6,6 +6,7 @@
 
 #include <cfloat>
 #include <cmath>
+#include <new>
 
 namespace
 {
@@ -315,7 +316,11 @@ HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags, 
     if (value.vt != type) {
         VARIANT converted;
         VariantInit(&converted);
-        result = Convert(value, flags, type, converted);
+        try {
+            result = Convert(value, flags, type, converted);
+        } catch (const std::bad_alloc&) {
+            result = E_OUTOFMEMORY;
+        }
         VariantClear(&value);
         if (FAILED(result))
             return result;
