@@ -6,7 +6,7 @@
 
 /// What Move does with a vector. The first two are for the player's own avatar, the others for remote
 /// objects.
-enum DR_STATE {
+enum DR_STATE : int {
     DR_INIT = 0,      ///< as constructed; no report synchronised yet
     DR_SYNCED = 1,    ///< the follower was last reset to the truth
     DR_FOLLOW = 2,    ///< the follower chases the target, or has arrived and stands

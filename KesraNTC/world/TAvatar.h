@@ -14,6 +14,8 @@ public:
     TAvatar();
     /// An avatar of a default record that takes what assignment takes; dead-reckoning state 0, no last zone.
     TAvatar(const TAvatar& other);
+    /// Takes everything over, so that an avatar stays what it is when its list grows.
+    TAvatar(TAvatar&& other) noexcept = default;
     /// Copies everything but the type, the last zone and the dead-reckoning state, which stay.
     TAvatar& operator=(const TAvatar& other);
     ~TAvatar() override;

@@ -15,6 +15,8 @@ public:
     TPrivData();
     /// Copies everything but the eight derived values, which are 0.
     TPrivData(const TPrivData& other);
+    /// Takes everything over, so that a record stays what it is when its list grows.
+    TPrivData(TPrivData&& other) noexcept = default;
     /// Copies everything but the eight derived values, the skill group in use and the five factors, which
     /// stay.
     TPrivData& operator=(const TPrivData& other);

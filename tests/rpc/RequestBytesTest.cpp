@@ -142,6 +142,34 @@ TEST(RequestBytes, AReplyThatEndsEarlyFillsWhatItCan)
     EXPECT_EQ(result, 123U);
 }
 
+/// A list that a reply makes longer keeps the elements it had, however much memory it had.
+TEST(RequestBytes, AListThatGrowsKeepsWhatNoReplyBrings)
+{
+    RecordingProxy proxy;
+    CString account("account");
+    CString password;
+    unsigned short value = 0;
+    std::vector<TAvatar> avatars(1);
+    avatars[0].SetLastZoneID(7);
+    avatars[0].SetDRVectorState(DR_FOLLOW);
+    std::vector<TPrivData> privData(1);
+    privData[0].SetPower(100);
+    privData[0].UpdateMaxHP();
+    const unsigned short maxHP = privData[0].MaxHP;
+    ASSERT_NE(maxHP, 0);
+    proxy.Answer = [](CNTPacket& reply) {
+        reply << static_cast<unsigned short>(9) << static_cast<short>(30);
+    };
+    unsigned long result = 0;
+    EXPECT_EQ(proxy.CS_Logon(account, password, value, avatars, privData, result), GS_OK);
+    ASSERT_EQ(avatars.size(), 30U);
+    EXPECT_EQ(avatars[0].GetLastZoneID(), 7);
+    EXPECT_EQ(avatars[0].GetDRVector()->GetDRState(), DR_FOLLOW);
+
+    privData.resize(30);
+    EXPECT_EQ(privData[0].MaxHP, maxHP);
+}
+
 TEST(RequestBytes, AMissingReplyIsAnErrorAndLeavesNothingBehind)
 {
     Kesra::ReplyTimeLimit = 10;
