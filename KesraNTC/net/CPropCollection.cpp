@@ -81,7 +81,8 @@ void CPropCollection::ReadFrom(CNTPacket& packet, int count)
 {
     CString name;
     _variant_t value;
-    for (int i = 0; i < count && HasBytesLeft(packet); ++i) {
+    // Past the end every further pair has the name of the one before, and is left out.
+    for (int i = 0; i < count && (i == 0 || HasBytesLeft(packet)); ++i) {
         packet >> name;
         Kesra::ReadVariant(packet, value);
         Append(name, value);

@@ -183,6 +183,19 @@ TEST(PropCollection, PromisedPairsThatAreNotThere)
         EXPECT_EQ(VT_EMPTY, read.GetProperty("old").vt);
         EXPECT_EQ(count > 0 ? VT_I4 : VT_EMPTY, read.GetProperty("a").vt);
     }
+
+    // Of pairs that are not there at all, the first has no name and no value and the others are the same.
+    CPropCollection nameless;
+    nameless.SetProperty("", _variant_t());
+    for (const int count : {1, 2, INT_MAX, 0, -1}) {
+        CNTPacket packet;
+        packet << static_cast<unsigned short>(1002) << static_cast<unsigned short>(0) << count;
+        packet.SetBufPoint(4);
+        CPropCollection read;
+        packet >> read;
+        EXPECT_EQ(BytesOf(count > 0 ? nameless : CPropCollection()), BytesOf(read)) << count;
+    }
+    EXPECT_EQ(BytesOf(nameless), BytesOf(FromBytes({9})));
     CNTPacket whole;
     whole << Numbered(20);
     for (unsigned short size = 0; size <= whole.GetBufSize(); ++size) {
