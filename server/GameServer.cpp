@@ -3,6 +3,7 @@
 #include "server/Network.h"
 #include "server/Peer.h"
 #include "server/Scenario.h"
+#include "server/Texts.h"
 
 #include <map>
 
@@ -125,10 +126,14 @@ void GameServer::Implementation::RunStep(std::shared_ptr<const std::vector<Scena
 void GameServer::Implementation::Perform(const ScenarioStep& step, const std::string& starter)
 {
     const auto find = [&](const std::string& name) {
-        return Game.FindCharacter(name == "me" ? starter : name);
+        Character* character = Game.FindCharacter(name == "me" ? starter : WireText(name));
+        if (character == nullptr) {
+            Record.Log("scenario line " + std::to_string(step.Line) + ": nobody is called " + name);
+        }
+        return character;
     };
     const auto idOf = [&](const std::string& name) {
-        Character* character = find(name);
+        const Character* character = find(name);
         return character != nullptr ? character->ID() : 0UL;
     };
     CNTPacket packet = step.Build(idOf);
@@ -138,8 +143,6 @@ void GameServer::Implementation::Perform(const ScenarioStep& step, const std::st
         }
     } else if (Character* target = find(step.Target)) {
         target->Send(packet);
-    } else {
-        Record.Log("scenario line " + std::to_string(step.Line) + ": nobody is called " + step.Target);
     }
 }
 

@@ -11,7 +11,34 @@ namespace Kesra
 namespace
 {
 
+constexpr char Blanks[] = " \t\r";
+
 using Builder = CNTPacket (*)(ValueReader&);
+
+template <class T> std::size_t WireSize(const T& value)
+{
+    CNTPacket packet = BeginMessage(SC_CHAT);
+    Put(packet, value);
+    return packet.GetBufSize() - CNTPacket::HeaderSize;
+}
+
+template <class T> std::size_t WireSize(const std::vector<T>& list);
+
+/// The appearance may not find room in a packet.
+std::size_t WireSize(TAvatar avatar)
+{
+    const std::vector<long> appearance = std::exchange(avatar.GetAppearance(), {});
+    return WireSize<TAvatar>(avatar) + appearance.size() * WireSize(0L);
+}
+
+template <class T> std::size_t WireSize(const std::vector<T>& list)
+{
+    std::size_t size = WireSize(short{0});
+    for (const T& element : list) {
+        size += WireSize(element);
+    }
+    return size;
+}
 
 /// Reads the values of one message as its handler's parameters have them.
 template <class Row> CNTPacket BuildMessage(ValueReader& reader)
@@ -19,6 +46,12 @@ template <class Row> CNTPacket BuildMessage(ValueReader& reader)
     PayloadOfRow<Row> values;
     std::apply([&](auto&... value) { (reader.Take(value), ...); }, values);
     reader.Finish();
+    const std::size_t size = std::apply(
+        [](const auto&... value) { return (std::size_t{CNTPacket::HeaderSize} + ... + WireSize(value)); },
+        values);
+    if (size > CNTPacket::Capacity) {
+        throw std::runtime_error("the message is longer than a packet: " + std::to_string(size) + " bytes");
+    }
     return std::apply([](const auto&... value) { return MessageOf(Row::Number, value...); }, values);
 }
 
@@ -61,17 +94,27 @@ const KnownMessage* FindMessage(const std::string& name)
     return found == directory.end() ? nullptr : &found->second;
 }
 
-/// Takes the first word off a line; a word in quotes may hold blanks.
-std::string TakeWord(std::string_view& line)
+/// A word in quotes may hold blanks, and is always a name.
+struct Word {
+    std::string Text;
+    bool IsQuoted = false;
+};
+
+/// Takes the first word off a line.
+Word TakeWord(std::string_view& line)
 {
-    const auto blank = " \t\r";
-    line.remove_prefix(std::min(line.find_first_not_of(blank), line.size()));
-    const bool quoted = !line.empty() && line.front() == '"';
-    if (quoted) {
+    line.remove_prefix(std::min(line.find_first_not_of(Blanks), line.size()));
+    Word word;
+    word.IsQuoted = !line.empty() && line.front() == '"';
+    if (word.IsQuoted) {
         line.remove_prefix(1);
     }
-    const std::size_t length = std::min(quoted ? line.find('"') : line.find_first_of(blank), line.size());
-    std::string word(line.substr(0, length));
+    const std::size_t length =
+        word.IsQuoted ? line.find('"') : std::min(line.find_first_of(Blanks), line.size());
+    if (length == line.npos) {
+        throw std::runtime_error("the name has no second quote: " + std::string(line));
+    }
+    word.Text = line.substr(0, length);
     line.remove_prefix(std::min(length + 1, line.size()));
     return word;
 }
@@ -79,7 +122,9 @@ std::string TakeWord(std::string_view& line)
 std::chrono::milliseconds ParseWait(std::string_view line)
 {
     constexpr int longest = 3'600'000;
-    const NameResolver nobody = [](const std::string&) { return 0UL; };
+    const NameResolver nobody = [](const std::string&) -> unsigned long {
+        throw std::runtime_error("no waiting time");
+    };
     ValueReader reader(line, nobody);
     int milliseconds = 0;
     reader.Take(milliseconds);
@@ -94,7 +139,7 @@ ScenarioStep ParseStep(const std::string& target, std::string_view line)
 {
     ScenarioStep step;
     step.Target = target;
-    const std::string name = TakeWord(line);
+    const std::string name = TakeWord(line).Text;
     const KnownMessage* message = FindMessage(name);
     if (message == nullptr) {
         throw std::runtime_error("no message of this name or number: " + name);
@@ -117,20 +162,25 @@ std::vector<ScenarioStep> ParseScenario(std::string_view text)
 {
     std::vector<ScenarioStep> steps;
     std::chrono::milliseconds wait{0};
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (text.substr(0, byteOrderMark.size()) == byteOrderMark) {
+        text.remove_prefix(byteOrderMark.size());
+    }
     for (int number = 1; !text.empty(); ++number) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         std::string_view line = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
+        line = line.substr(0, line.find_last_not_of(Blanks) + 1);
         try {
-            const std::string first = TakeWord(line);
-            if (first.empty() || first.front() == '#') {
+            const Word first = TakeWord(line);
+            if (!first.IsQuoted && (first.Text.empty() || first.Text.front() == '#')) {
                 continue;
             }
-            if (first == "wait") {
+            if (!first.IsQuoted && first.Text == "wait") {
                 wait += ParseWait(line);
                 continue;
             }
-            steps.push_back(ParseStep(first, line));
+            steps.push_back(ParseStep(first.Text, line));
             steps.back().Wait = std::exchange(wait, std::chrono::milliseconds(0));
             steps.back().Line = number;
         } catch (const std::runtime_error& error) {

@@ -2,6 +2,7 @@
 
 #include "server/Texts.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -20,6 +21,14 @@ bool IsBlank(char c)
     return c == ' ' || c == '\t' || c == '\r';
 }
 
+/// Some setters of records do not take every number.
+void RequireKept(short given, short kept)
+{
+    if (given != kept) {
+        Fail("no number of this field: " + std::to_string(given));
+    }
+}
+
 } // namespace
 
 void ValueReader::SkipBlanks()
@@ -29,13 +38,15 @@ void ValueReader::SkipBlanks()
     }
 }
 
+void ValueReader::FailExpecting(const std::string& what) const
+{
+    Fail("expected " + what + (Rest.empty() ? " at the end of the line" : " before: " + std::string(Rest)));
+}
+
 bool ValueReader::Accept(char token)
 {
     SkipBlanks();
-    if (Rest.empty()) {
-        Fail("a value is missing");
-    }
-    if (Rest.front() != token) {
+    if (Rest.empty() || Rest.front() != token) {
         return false;
     }
     Rest.remove_prefix(1);
@@ -45,8 +56,22 @@ bool ValueReader::Accept(char token)
 void ValueReader::Expect(char token)
 {
     if (!Accept(token)) {
-        Fail(std::string("expected ") + token + " before: " + std::string(Rest));
+        FailExpecting(std::string(1, token));
     }
+}
+
+bool ValueReader::HasNext(std::size_t elements)
+{
+    if (Accept(']')) {
+        return false;
+    }
+    if (Rest.empty()) {
+        FailExpecting("]");
+    }
+    if (elements == std::numeric_limits<short>::max()) {
+        Fail("the list is longer than " + std::to_string(elements) + " elements");
+    }
+    return true;
 }
 
 void ValueReader::Finish()
@@ -68,7 +93,7 @@ std::string_view ValueReader::TakeWord()
     const std::string_view word = Rest.substr(0, length);
     Rest.remove_prefix(length);
     if (word.empty()) {
-        Fail("expected a number before: " + std::string(Rest));
+        FailExpecting("a number");
     }
     return word;
 }
@@ -77,14 +102,30 @@ long long ValueReader::TakeInteger(long long lowest, long long highest)
 {
     const std::string word(TakeWord());
     if (word.front() == '@') {
-        return static_cast<long long>(Resolve(word.substr(1)));
+        return TakeObjectID(word.substr(1), highest);
     }
+    // Zeros in front of a decimal number do not make it octal.
+    const std::size_t digits = word.find_first_not_of("+-");
+    const bool hexadecimal =
+        digits < word.size() && (word.compare(digits, 2, "0x") == 0 || word.compare(digits, 2, "0X") == 0);
     char* end = nullptr;
-    const long long value = std::strtoll(word.c_str(), &end, 0);
+    const long long value = std::strtoll(word.c_str(), &end, hexadecimal ? 16 : 10);
     if (*end != '\0' || value < lowest || value > highest) {
         Fail("no number of this field: " + word);
     }
     return value;
+}
+
+long long ValueReader::TakeObjectID(const std::string& name, long long highest) const
+{
+    if (name.empty()) {
+        Fail("expected a name behind @");
+    }
+    // Which ID it is shows when the message is sent; an avatar's needs 16 bits.
+    if (highest < std::numeric_limits<short>::max()) {
+        Fail("no object ID fits this field: @" + name);
+    }
+    return static_cast<long long>(Resolve(name));
 }
 
 std::string ValueReader::TakeText(std::size_t limit)
@@ -99,11 +140,11 @@ std::string ValueReader::TakeText(std::size_t limit)
         Rest.remove_prefix(1);
     }
     Expect('"');
-    text = WireText(text);
-    if (text.size() > limit) {
+    const std::string wire = WireText(text);
+    if (wire.size() > limit) {
         Fail("the text is longer than " + std::to_string(limit) + " bytes: " + text);
     }
-    return text;
+    return wire;
 }
 
 void ValueReader::Take(std::string& text)
@@ -122,8 +163,8 @@ void ValueReader::Take(float& number)
     const std::string word(TakeWord());
     char* end = nullptr;
     number = std::strtof(word.c_str(), &end);
-    if (*end != '\0') {
-        Fail("no number: " + word);
+    if (*end != '\0' || !std::isfinite(number)) {
+        Fail("no number of this field: " + word);
     }
 }
 
@@ -242,9 +283,13 @@ void ValueReader::Take(TPrivData& data)
     data.SetExp(Get<int>());
     data.SetGold(Get<long>());
     data.SetUseWeaponIndex(Get<short>());
-    data.SetMaxInventorySlot(Get<short>());
+    const short bags = Get<short>();
+    data.SetMaxInventorySlot(bags);
+    RequireKept(bags, data.GetMaxInventorySlot());
     for (short group = 1; group <= 4; ++group) {
-        data.SetSelectSkillIndex(group, Get<short>());
+        const short skill = Get<short>();
+        data.SetSelectSkillIndex(group, skill);
+        RequireKept(skill, data.GetSelectSkillIndex(group));
     }
     Expect(')');
 }

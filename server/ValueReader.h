@@ -58,7 +58,7 @@ public:
     template <class T> void Take(std::vector<T>& list)
     {
         Expect('[');
-        while (!Accept(']')) {
+        while (HasNext(list.size())) {
             Take(list.emplace_back());
         }
     }
@@ -74,11 +74,15 @@ private:
         return value;
     }
     long long TakeInteger(long long lowest, long long highest);
+    long long TakeObjectID(const std::string& name, long long highest) const;
     std::string TakeText(std::size_t limit);
     std::string_view TakeWord();
     void SkipBlanks();
     bool Accept(char token);
     void Expect(char token);
+    /// Whether another element follows so many of a list.
+    bool HasNext(std::size_t elements);
+    [[noreturn]] void FailExpecting(const std::string& what) const;
 
     std::string_view Rest;
     const NameResolver& Resolve;

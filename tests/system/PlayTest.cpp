@@ -1,9 +1,8 @@
 // Two whole clients in one session of the reference server.
 
-#include "KesraNTC/KesraNTC.h"
-#include "server/GameServer.h"
+#include "PlayingClient.h"
+
 #include "server/RequestTable.h"
-#include "tests/support/GameClient.h"
 
 #include <gtest/gtest.h>
 
@@ -42,20 +41,12 @@ public:
     std::vector<float> Places;
 };
 
-class Player : public CNTMainClient
+class Player : public PlayingClient
 {
 public:
-    explicit Player(const GameServer& server)
-    {
-        Attach(&Stub);
-        Attach(&Requests);
-        Startup();
-        SetServerAddr("127.0.0.1");
-        SetServerPort(server.GetPort());
-    }
+    explicit Player(const GameServer& server) : PlayingClient(server) { Attach(&Stub); }
     ~Player() override { StopReceiving(); }
 
-    void ProcessDisconnection() override {}
     unsigned long ProcessPacketFromServer(CNTPacket& packet) override
     {
         CNTPacket own = packet;
@@ -70,39 +61,7 @@ public:
         return 0;
     }
 
-    /// Logs on, makes an avatar with that name and enters the session.
-    void Enter(const char* name)
-    {
-        ASSERT_TRUE(ConnectToServer());
-        CString account(name);
-        CString password("secret");
-        CString nickname(name);
-        unsigned short value = 0;
-        unsigned long result = 99;
-        std::vector<TAvatar> avatars;
-        std::vector<TPrivData> privData;
-        ASSERT_EQ(Requests.CS_Logon(account, password, value, avatars, privData, result), GS_OK);
-        ASSERT_EQ(result, 0U);
-        if (avatars.empty()) {
-            ASSERT_EQ(Requests.CS_CreateAvatar(0, nickname, 1, result), GS_OK);
-            ASSERT_EQ(result, 0U);
-        }
-        std::vector<TItem> items;
-        std::vector<TSkill> skills;
-        ASSERT_EQ(Requests.CS_TryOnSession(0, 1, items, skills, result), GS_OK);
-        ASSERT_EQ(result, 0U);
-        Requests.CS_EnterSession();
-    }
-    template <class Condition> void PlayUntil(Condition condition)
-    {
-        while (!condition()) {
-            ProcessQueuedMessageFromServer();
-            std::this_thread::yield();
-        }
-    }
-
     SightStub Stub;
-    CNTProxy_CLToGS Requests;
     CPropCollection Echoed;
     bool HasEcho = false;
 };
