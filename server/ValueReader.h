@@ -11,6 +11,7 @@
 #include "KesraNTC/world/WorldObjects.h"
 #include "KesraNTC/world/sGS.h"
 
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -49,9 +50,8 @@ public:
     {
         constexpr bool wide = sizeof(T) >= 4;
         using Limits = std::numeric_limits<T>;
-        constexpr long long lowest = wide ? std::numeric_limits<int>::min() : Limits::min();
-        constexpr long long highest =
-            wide ? std::numeric_limits<unsigned>::max() : static_cast<long long>(Limits::max());
+        constexpr long long lowest = wide ? INT32_MIN : static_cast<long long>(Limits::min());
+        constexpr long long highest = wide ? UINT32_MAX : static_cast<long long>(Limits::max());
         number = static_cast<T>(TakeInteger(lowest, highest));
     }
 
