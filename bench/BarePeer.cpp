@@ -56,9 +56,8 @@ bool SendAll(int descriptor, const void* data, std::size_t size)
     const char* next = static_cast<const char*>(data);
     while (size > 0) {
         const ssize_t sent = send(descriptor, next, size, MSG_NOSIGNAL);
-        if (sent <= 0) {
+        if (sent <= 0)
             return false;
-        }
         next += sent;
         size -= static_cast<std::size_t>(sent);
     }
@@ -70,9 +69,8 @@ bool RecvAll(int descriptor, void* data, std::size_t size)
     char* next = static_cast<char*>(data);
     while (size > 0) {
         const ssize_t received = recv(descriptor, next, size, 0);
-        if (received <= 0) {
+        if (received <= 0)
             return false;
-        }
         next += received;
         size -= static_cast<std::size_t>(received);
     }
@@ -98,9 +96,8 @@ void AnswerRequests(int descriptor, std::size_t requestSize, std::vector<unsigne
     std::vector<unsigned char> request(requestSize);
     while (RecvAll(descriptor, request.data(), request.size())) {
         make(request.data(), reply.data());
-        if (!SendAll(descriptor, reply.data(), reply.size())) {
+        if (!SendAll(descriptor, reply.data(), reply.size()))
             return;
-        }
     }
 }
 

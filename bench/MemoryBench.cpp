@@ -23,11 +23,9 @@ long StatusValue(const std::filesystem::path& file, const std::string& name)
     std::ifstream status(file);
     std::string word;
     long value = 0;
-    while (status >> word) {
-        if (word == name && status >> value) {
+    while (status >> word)
+        if (word == name && status >> value)
             return value;
-        }
-    }
     return 0;
 }
 
@@ -40,9 +38,8 @@ long ResidentKiB()
 long WakeUps()
 {
     long sum = 0;
-    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task"))
         sum += StatusValue(thread.path() / "status", "voluntary_ctxt_switches:");
-    }
     return sum - StatusValue("/proc/thread-self/status", "voluntary_ctxt_switches:");
 }
 
@@ -50,33 +47,28 @@ using Clients = std::vector<std::unique_ptr<Bench::GameClient>>;
 
 void Connect(const Bench::Listener& listener, Clients& clients)
 {
-    for (int i = 0; i < Connections; ++i) {
+    for (int i = 0; i < Connections; ++i)
         clients.push_back(std::make_unique<Bench::GameClient>(listener));
-    }
 }
 
 void SendBurst(const Clients& clients)
 {
     const CNTPacket packet = Bench::MovementMessage();
     std::vector<unsigned char> burst;
-    for (int i = 0; i < BurstPackets; ++i) {
+    for (int i = 0; i < BurstPackets; ++i)
         burst.insert(burst.end(), packet.GetBuf(), packet.GetBuf() + packet.GetBufSize());
-    }
     for (const auto& client : clients) {
         Bench::SendAll(client->Peer, burst.data(), burst.size());
-        while (client->GetRecvBytes() < burst.size()) {
+        while (client->GetRecvBytes() < burst.size())
             std::this_thread::yield();
-        }
     }
 }
 
 void DrainBurst(const Clients& clients)
 {
-    for (const auto& client : clients) {
-        while (client->Stub.Count < BurstPackets) {
+    for (const auto& client : clients)
+        while (client->Stub.Count < BurstPackets)
             client->ProcessQueuedMessageFromServer();
-        }
-    }
 }
 
 void Report(const char* what, double value, const char* unit, double limit)

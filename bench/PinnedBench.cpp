@@ -85,9 +85,8 @@ void SendBare(benchmark::State& state)
     const int server = listener.Accept();
     std::thread reading(Bench::Drain, server);
     const unsigned char packet[SendBytes] = {};
-    for (auto _ : state) {
+    for (auto _ : state)
         Bench::SendAll(client, packet, sizeof packet);
-    }
     Bench::CloseDescriptor(client);
     reading.join();
     Bench::CloseDescriptor(server);
@@ -99,9 +98,8 @@ void Send(benchmark::State& state)
     Bench::GameClient client(listener);
     std::thread reading(Bench::Drain, client.Peer);
     CDRVector movement;
-    for (auto _ : state) {
+    for (auto _ : state)
         client.Proxy.CS_AvatarMove(movement, 1, 2);
-    }
     client.Disconnect();
     reading.join();
 }

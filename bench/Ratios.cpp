@@ -16,19 +16,16 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
         ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
+        for (const Run& run : runs)
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred)
                 Times[run.run_name.function_name].push_back(run.GetAdjustedRealTime());
-            }
-        }
     }
 
     double Median(const std::string& name)
     {
         std::vector<double>& times = Times[name];
-        if (times.empty()) {
+        if (times.empty())
             return 0;
-        }
         std::sort(times.begin(), times.end());
         const std::size_t middle = times.size() / 2;
         return times.size() % 2 != 0 ? times[middle] : (times[middle - 1] + times[middle]) / 2;

@@ -20,12 +20,10 @@ void SendStream(int descriptor)
 {
     const CNTPacket packet = Bench::MovementMessage();
     std::vector<unsigned char> block;
-    for (long i = 0; i < PacketsPerWrite; ++i) {
+    for (long i = 0; i < PacketsPerWrite; ++i)
         block.insert(block.end(), packet.GetBuf(), packet.GetBuf() + packet.GetBufSize());
-    }
-    for (long sent = 0; sent < Packets; sent += PacketsPerWrite) {
+    for (long sent = 0; sent < Packets; sent += PacketsPerWrite)
         Bench::SendAll(descriptor, block.data(), block.size());
-    }
 }
 
 /// Times one whole stream, from the first write to the last packet.

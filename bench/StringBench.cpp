@@ -133,9 +133,9 @@ void ReplaceThereAndBack(benchmark::State& state, const char* one, const char* o
 
 void ReplaceSame(benchmark::State& state)
 {
-    ReplaceThereAndBack<CString>(state, "fox", "cat", [](CString& text, const char* one, const char* other) {
-        return text.Replace(one, other);
-    });
+    ReplaceThereAndBack<CString>(
+        state, "fox", "cat",
+        [](CString& text, const char* one, const char* other) { return text.Replace(one, other); });
 }
 
 void ReplaceSameStd(benchmark::State& state)

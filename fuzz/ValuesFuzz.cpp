@@ -50,9 +50,9 @@ bool IsSame(const VARIANT& left, const VARIANT& right)
 
 void RequireSame(const Pairs& left, const Pairs& right)
 {
-    Require(std::equal(left.begin(), left.end(), right.begin(), right.end(), [](auto& one, auto& other) {
-        return one.first == other.first && IsSame(one.second, other.second);
-    }));
+    Require(std::equal(
+        left.begin(), left.end(), right.begin(), right.end(),
+        [](auto& one, auto& other) { return one.first == other.first && IsSame(one.second, other.second); }));
 }
 
 CNTPacket Started()

@@ -33,17 +33,13 @@ bool Owns(Character& owner, const TSkill& offered)
 bool Owns(Character& owner, const Offer& offer)
 {
     std::set<int> places;
-    for (const TItem& item : offer.Items) {
-        if (!places.insert(item.GetItemIndex()).second || !Owns(owner, item)) {
+    for (const TItem& item : offer.Items)
+        if (!places.insert(item.GetItemIndex()).second || !Owns(owner, item))
             return false;
-        }
-    }
     places.clear();
-    for (const TSkill& skill : offer.Skills) {
-        if (!places.insert(skill.GetSkillIndex()).second || !Owns(owner, skill)) {
+    for (const TSkill& skill : offer.Skills)
+        if (!places.insert(skill.GetSkillIndex()).second || !Owns(owner, skill))
             return false;
-        }
-    }
     return offer.Gold >= 0 && offer.Gold <= owner.Priv.GetGold();
 }
 
@@ -81,12 +77,10 @@ BarterBook::Side& BarterBook::OtherSide(Trade& trade, const Character& who)
 
 Result BarterBook::Ask(Character& from, Character* to)
 {
-    if (to == nullptr || to == &from || to->Session() != from.Session()) {
+    if (to == nullptr || to == &from || to->Session() != from.Session())
         return Result::NoSuchAvatar;
-    }
-    if (FindAny(from) != nullptr || FindAny(*to) != nullptr) {
+    if (FindAny(from) != nullptr || FindAny(*to) != nullptr)
         return Result::Full;
-    }
     Trade& trade = Trades.emplace_back();
     trade.Sides[0].Who = &from;
     trade.Sides[1].Who = to;
@@ -97,23 +91,20 @@ Result BarterBook::Ask(Character& from, Character* to)
 Result BarterBook::Answer(Character& from, Character* to, short answer)
 {
     Trade* trade = Find(from, to);
-    if (trade == nullptr || trade->Open || trade->Sides[1].Who != &from) {
+    if (trade == nullptr || trade->Open || trade->Sides[1].Who != &from)
         return Result::NotTrading;
-    }
     to->Send(Notification<SC_BARTER50002>(from.ID(), answer));
-    if (answer == Agreed) {
+    if (answer == Agreed)
         trade->Open = true;
-    } else {
+    else
         Remove(*trade);
-    }
     return Result::Done;
 }
 
 Result BarterBook::Cancel(Character& from, Character* to)
 {
-    if (Find(from, to) == nullptr) {
+    if (Find(from, to) == nullptr)
         return Result::NotTrading;
-    }
     Cancel(from);
     return Result::Done;
 }
@@ -130,17 +121,14 @@ void BarterBook::Cancel(Character& character)
 Result BarterBook::Deal(Character& from, Character* to, const Offer& offer)
 {
     Trade* trade = Find(from, to);
-    if (trade == nullptr || !trade->Open) {
+    if (trade == nullptr || !trade->Open)
         return Result::NotTrading;
-    }
-    if (offer.Items.size() > OfferLimit || offer.Skills.size() > OfferLimit || !Owns(from, offer)) {
+    if (offer.Items.size() > OfferLimit || offer.Skills.size() > OfferLimit || !Owns(from, offer))
         return Result::NoSuchItem;
-    }
     SideOf(*trade, from).Offer = offer;
     // A signature stands under what both saw when it was given.
-    for (Side& side : trade->Sides) {
+    for (Side& side : trade->Sides)
         side.Signed = false;
-    }
     to->Send(Notification<SC_DEALING>(from.ID(), offer.Items, offer.Skills, offer.Gold));
     return Result::Done;
 }
@@ -148,9 +136,8 @@ Result BarterBook::Deal(Character& from, Character* to, const Offer& offer)
 Result BarterBook::Sign(Character& from, Character* to)
 {
     Trade* trade = Find(from, to);
-    if (trade == nullptr || !trade->Open) {
+    if (trade == nullptr || !trade->Open)
         return Result::NotTrading;
-    }
     SideOf(*trade, from).Signed = true;
     to->Send(Notification<SC_BARTER50004>(from.ID(), DealState::Signed));
     if (trade->Sides[0].Signed && trade->Sides[1].Signed) {

@@ -39,17 +39,20 @@ template <class List, class Matches> auto FindIn(const List& list, Matches match
 
 const ItemKind* FindItemKind(long id)
 {
-    return FindIn(Items, [id](const ItemKind& kind) { return kind.ID == id; });
+    return FindIn(
+        Items, [id](const ItemKind& kind) { return kind.ID == id; });
 }
 
 const SkillKind* FindSkillKind(long id)
 {
-    return FindIn(Skills, [id](const SkillKind& kind) { return kind.ID == id; });
+    return FindIn(
+        Skills, [id](const SkillKind& kind) { return kind.ID == id; });
 }
 
 const MonsterKind* FindMonsterKind(short monsterTemplate)
 {
-    return FindIn(Monsters, [=](const MonsterKind& kind) { return kind.Template == monsterTemplate; });
+    return FindIn(
+        Monsters, [=](const MonsterKind& kind) { return kind.Template == monsterTemplate; });
 }
 
 } // namespace Kesra

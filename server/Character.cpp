@@ -59,9 +59,8 @@ void Character::SetPosition(const CNTVector& position)
 
 void Character::Send(CNTPacket packet)
 {
-    if (Player != nullptr) {
+    if (Player != nullptr)
         Player->Send(packet.GetBuf(), packet.GetBufSize());
-    }
 }
 
 TItem* Character::FindItem(short index)
@@ -81,9 +80,8 @@ TItem* Character::AddItem(long id, short option, long count)
         }
     }
     const short index = FreeIndex();
-    if (index == 0) {
+    if (index == 0)
         return nullptr;
-    }
     TItem item;
     item.SetUserIndex(Avatar.GetUserIndex());
     item.SetAvatarIndex(Avatar.GetAvatarIndex());
@@ -99,9 +97,8 @@ TItem* Character::AddItem(long id, short option, long count)
 void Character::RemoveItem(short index, long count)
 {
     TItem* item = FindItem(index);
-    if (item == nullptr) {
+    if (item == nullptr)
         return;
-    }
     if (item->GetItemCount() > count) {
         item->SetItemCount(item->GetItemCount() - count);
         return;
@@ -120,9 +117,8 @@ bool Character::HasRoomFor(std::size_t items) const
 
 bool Character::IsPlace(short index) const
 {
-    if (index < BagSize) {
+    if (index < BagSize)
         return index >= 1 && index <= WornPlaces;
-    }
     return index / BagSize <= Priv.GetMaxInventorySlot() && index % BagSize < BagPlaces;
 }
 
@@ -142,18 +138,15 @@ TSkill* Character::FindSkill(short index)
 
 TSkill* Character::AddSkill(long id, long experience, short index)
 {
-    if (!HasRoomForSkills(1)) {
+    if (!HasRoomForSkills(1))
         return nullptr;
-    }
     if (index == 0) {
         index = FirstSkillIndex;
-        while (FindSkill(index) != nullptr) {
+        while (FindSkill(index) != nullptr)
             ++index;
-        }
     }
-    if (index < FirstSkillIndex || index > LastSkillIndex || FindSkill(index) != nullptr) {
+    if (index < FirstSkillIndex || index > LastSkillIndex || FindSkill(index) != nullptr)
         return nullptr;
-    }
     TSkill skill;
     skill.SetUserIndex(Avatar.GetUserIndex());
     skill.SetAvatarIndex(Avatar.GetAvatarIndex());
@@ -167,11 +160,9 @@ TSkill* Character::AddSkill(long id, long experience, short index)
 
 void Character::RemoveSkill(short index)
 {
-    for (short group = 1; group <= 4; ++group) {
-        if (Priv.GetSelectSkillIndex(group) == index) {
+    for (short group = 1; group <= 4; ++group)
+        if (Priv.GetSelectSkillIndex(group) == index)
             Priv.SetSelectSkillIndex(group, 0);
-        }
-    }
     const auto gone = [=](const TSkill& skill) { return skill.GetSkillIndex() == index; };
     Skills.erase(std::remove_if(Skills.begin(), Skills.end(), gone), Skills.end());
 }
@@ -183,9 +174,8 @@ bool Character::HasRoomForSkills(std::size_t skills) const
 
 bool Character::Pay(long gold)
 {
-    if (gold < 0 || gold > Priv.GetGold()) {
+    if (gold < 0 || gold > Priv.GetGold())
         return false;
-    }
     Priv.SetGold(Priv.GetGold() - gold);
     return true;
 }
@@ -252,9 +242,8 @@ short Character::Protection()
     int protection = 0;
     for (const TItem& item : Items) {
         const ItemKind* kind = FindItemKind(item.GetItemID());
-        if (item.GetItemSlotIndex() == 0 && kind != nullptr && kind->Use == ItemUse::Clothes) {
+        if (item.GetItemSlotIndex() == 0 && kind != nullptr && kind->Use == ItemUse::Clothes)
             protection += kind->Strength + item.GetItemOptionID();
-        }
     }
     return static_cast<short>(protection);
 }
@@ -265,9 +254,8 @@ short Character::FreeIndex() const
         for (short place = 0; place < BagPlaces; ++place) {
             const auto index = static_cast<short>(bag * BagSize + place);
             const auto taken = [=](const TItem& item) { return item.GetItemIndex() == index; };
-            if (std::none_of(Items.begin(), Items.end(), taken)) {
+            if (std::none_of(Items.begin(), Items.end(), taken))
                 return index;
-            }
         }
     }
     return 0;
@@ -282,9 +270,8 @@ short Character::NextTempUUID()
 /// The others see what is worn in the appearance, one element per place.
 void Character::ShowWorn(short place, long id)
 {
-    if (place >= 1 && place <= WornPlaces) {
+    if (place >= 1 && place <= WornPlaces)
         Avatar.SetAppearanceElement(place, id);
-    }
 }
 
 } // namespace Kesra

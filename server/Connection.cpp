@@ -27,9 +27,8 @@ unsigned short WordAt(const unsigned char* bytes)
 /// Changes the high byte of a reply's serial, which is not scrambled.
 void SpoilSerial(std::vector<unsigned char>& packet)
 {
-    if (packet.size() > PacketHeaderSize + 1) {
+    if (packet.size() > PacketHeaderSize + 1)
         packet[PacketHeaderSize + 1] ^= WrongSerialBit;
-    }
 }
 
 } // namespace
@@ -55,9 +54,8 @@ void Connection::Start()
 
 void Connection::Read()
 {
-    if (Ended || Closing || Reading || Fault.StopReading) {
+    if (Ended || Closing || Reading || Fault.StopReading)
         return;
-    }
     Reading = true;
     const auto room = asio::buffer(Incoming.data() + IncomingSize, Incoming.size() - IncomingSize);
     Socket.async_read_some(room, [self = shared_from_this()](asio::error_code error, std::size_t bytes) {
@@ -82,9 +80,8 @@ void Connection::TakeIncoming()
     std::size_t taken = 0;
     while (!Ended && !Closing && !Fault.StopReading) {
         const std::size_t size = TakePacket(Incoming.data() + taken, IncomingSize - taken);
-        if (size == 0) {
+        if (size == 0)
             break;
-        }
         taken += size;
     }
     IncomingSize -= taken;
@@ -95,18 +92,16 @@ void Connection::TakeIncoming()
 /// Hands one packet over and returns its size; 0 when it is not whole yet.
 std::size_t Connection::TakePacket(const unsigned char* bytes, std::size_t available)
 {
-    if (available < PacketHeaderSize) {
+    if (available < PacketHeaderSize)
         return 0;
-    }
     const unsigned short number = WordAt(bytes);
     const unsigned short size = WordAt(bytes + sizeof number);
     if (size < PacketHeaderSize || size > PacketLimit) {
         End("malformed stream: packet " + std::to_string(number) + " of size " + std::to_string(size), true);
         return 0;
     }
-    if (available < size) {
+    if (available < size)
         return 0;
-    }
     Record.KeepReceived(Number, number, bytes, size);
     Owner.OnPacket(*this, bytes, size);
     return size;
@@ -114,9 +109,8 @@ std::size_t Connection::TakePacket(const unsigned char* bytes, std::size_t avail
 
 void Connection::Send(const unsigned char* bytes, std::size_t size)
 {
-    if (Ended || Closing) {
+    if (Ended || Closing)
         return;
-    }
     Record.CountSent(WordAt(bytes));
     Queue(bytes, size);
     WriteNext();
@@ -125,16 +119,14 @@ void Connection::Send(const unsigned char* bytes, std::size_t size)
 void Connection::SendReply(const unsigned char* bytes, std::size_t size)
 {
     Bytes packet(bytes, bytes + size);
-    if (Fault.Replies == ReplyFault::Never) {
+    if (Fault.Replies == ReplyFault::Never)
         return;
-    }
     if (Fault.Replies == ReplyFault::Held) {
         HeldReplies.push_back(packet);
         return;
     }
-    if (Fault.Replies == ReplyFault::WrongSerial) {
+    if (Fault.Replies == ReplyFault::WrongSerial)
         SpoilSerial(packet);
-    }
     if (Fault.ReplyDelay.count() > 0) {
         SendLate(packet);
         return;
@@ -152,17 +144,15 @@ void Connection::SendLate(const Bytes& packet)
 
 void Connection::ReleaseReplies()
 {
-    for (const Bytes& packet : HeldReplies) {
+    for (const Bytes& packet : HeldReplies)
         Send(packet.data(), packet.size());
-    }
     HeldReplies.clear();
 }
 
 void Connection::SendBytes(const std::vector<unsigned char>& bytes)
 {
-    if (Ended || Closing) {
+    if (Ended || Closing)
         return;
-    }
     Queue(bytes.data(), bytes.size());
     WriteNext();
 }
@@ -177,44 +167,37 @@ void Connection::SetFaults(const Faults& faults)
 void Connection::Queue(const unsigned char* bytes, std::size_t size)
 {
     if (!Fault.SplitAt.empty()) {
-        for (const std::size_t offset : Fault.SplitAt) {
-            if (offset < size) {
+        for (const std::size_t offset : Fault.SplitAt)
+            if (offset < size)
                 WaitingPieces.push_back(Waiting.size() + offset);
-            }
-        }
         WaitingPieces.push_back(Waiting.size() + size);
     }
     Waiting.insert(Waiting.end(), bytes, bytes + size);
     CutToByteLimit();
-    if (Waiting.size() > WaitingLimit) {
+    if (Waiting.size() > WaitingLimit)
         End("the peer does not read", false);
-    }
 }
 
 /// Drops what lies beyond the byte at which a fault closes the connection.
 void Connection::CutToByteLimit()
 {
-    if (!Fault.CloseAfterBytes || Ended || Closing) {
+    if (!Fault.CloseAfterBytes || Ended || Closing)
         return;
-    }
     const std::size_t limit = *Fault.CloseAfterBytes;
     const std::size_t ahead = BytesWritten + (Writing.size() - Written);
-    if (ahead + Waiting.size() < limit) {
+    if (ahead + Waiting.size() < limit)
         return;
-    }
     Waiting.resize(limit > ahead ? limit - ahead : 0);
     CloseWhenSent("closed after " + std::to_string(limit) + " bytes");
 }
 
 void Connection::WriteNext()
 {
-    if (Ended || Written < Writing.size()) {
+    if (Ended || Written < Writing.size())
         return;
-    }
     if (Waiting.empty()) {
-        if (Closing) {
+        if (Closing)
             End(ClosingWhy, false);
-        }
         return;
     }
     Writing.swap(Waiting);
@@ -228,9 +211,8 @@ void Connection::WriteNext()
 
 void Connection::WritePieces()
 {
-    while (NextPiece < Pieces.size() && Pieces[NextPiece] <= Written) {
+    while (NextPiece < Pieces.size() && Pieces[NextPiece] <= Written)
         ++NextPiece;
-    }
     const bool split = NextPiece < Pieces.size();
     const std::size_t end = split ? std::min(Pieces[NextPiece], Writing.size()) : Writing.size();
     asio::async_write(Socket, asio::buffer(Writing.data() + Written, end - Written),
@@ -245,9 +227,8 @@ void Connection::WritePieces()
 
 void Connection::OnWritten(std::size_t bytes)
 {
-    if (Ended) {
+    if (Ended)
         return;
-    }
     Record.CountBytesSent(bytes);
     Written += bytes;
     BytesWritten += bytes;
@@ -257,17 +238,15 @@ void Connection::OnWritten(std::size_t bytes)
     }
     PieceTimer.expires_after(Fault.SplitPause);
     PieceTimer.async_wait([self = shared_from_this()](asio::error_code) {
-        if (!self->Ended) {
+        if (!self->Ended)
             self->WritePieces();
-        }
     });
 }
 
 void Connection::CloseWhenSent(const std::string& why)
 {
-    if (Ended || Closing) {
+    if (Ended || Closing)
         return;
-    }
     Closing = true;
     ClosingWhy = why;
     WriteNext();
@@ -280,9 +259,8 @@ void Connection::Close(const std::string& why)
 
 void Connection::Reset()
 {
-    if (Ended) {
+    if (Ended)
         return;
-    }
     asio::error_code ignored;
     Socket.set_option(asio::socket_base::linger(true, 0), ignored);
     Socket.close(ignored);
@@ -291,9 +269,8 @@ void Connection::Reset()
 
 void Connection::End(const std::string& why, bool malformed)
 {
-    if (Ended) {
+    if (Ended)
         return;
-    }
     Ended = true;
     PieceTimer.cancel();
     asio::error_code ignored;
@@ -308,29 +285,28 @@ void Connection::End(const std::string& why, bool malformed)
 /// destroy what is still on its way to the peer.
 void Connection::Drain()
 {
-    if (Reading || !Socket.is_open()) {
+    if (Reading || !Socket.is_open())
         return;
-    }
     PieceTimer.expires_after(DrainLimit);
     PieceTimer.async_wait([self = shared_from_this()](asio::error_code error) {
         asio::error_code ignored;
-        if (!error) {
+        if (!error)
             self->Socket.close(ignored);
-        }
     });
     DrainNext();
 }
 
 void Connection::DrainNext()
 {
-    Socket.async_read_some(asio::buffer(Incoming),
-                           [self = shared_from_this()](asio::error_code error, std::size_t) {
-                               if (error) {
-                                   self->PieceTimer.cancel();
-                                   return;
-                               }
-                               self->DrainNext();
-                           });
+    Socket.async_read_some(
+        asio::buffer(Incoming),
+        [self = shared_from_this()](asio::error_code error, std::size_t) {
+            if (error) {
+                self->PieceTimer.cancel();
+                return;
+            }
+            self->DrainNext();
+        });
 }
 
 } // namespace Kesra

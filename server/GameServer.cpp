@@ -62,9 +62,8 @@ GameServer::Implementation::Implementation(const ServerOptions& options)
     Settings.OpenAccounts = options.OpenAccounts;
     Settings.GameServers = {OwnEntry};
     Settings.StartScenario = [this](Character* starter) { StartScenario(starter); };
-    if (options.ClockInterval.count() > 0) {
+    if (options.ClockInterval.count() > 0)
         SendClocks(options.ClockInterval);
-    }
     Net.Start();
 }
 
@@ -95,9 +94,8 @@ void GameServer::Implementation::OnEnded(PeerID peer)
 
 void GameServer::Implementation::SendClocks(std::chrono::milliseconds interval)
 {
-    for (const auto& [id, peer] : Peers) {
+    for (const auto& [id, peer] : Peers)
         peer->SendClock();
-    }
     Net.After(interval, [this, interval] { SendClocks(interval); });
 }
 
@@ -127,9 +125,8 @@ void GameServer::Implementation::Perform(const ScenarioStep& step, const std::st
 {
     const auto find = [&](const std::string& name) {
         Character* character = Game.FindCharacter(name == "me" ? starter : WireText(name));
-        if (character == nullptr) {
+        if (character == nullptr)
             Record.Log("scenario line " + std::to_string(step.Line) + ": nobody is called " + name);
-        }
         return character;
     };
     const auto idOf = [&](const std::string& name) {
@@ -137,13 +134,11 @@ void GameServer::Implementation::Perform(const ScenarioStep& step, const std::st
         return character != nullptr ? character->ID() : 0UL;
     };
     CNTPacket packet = step.Build(idOf);
-    if (step.Target == "all") {
-        for (const auto& [id, peer] : Peers) {
+    if (step.Target == "all")
+        for (const auto& [id, peer] : Peers)
             peer->Send(packet);
-        }
-    } else if (Character* target = find(step.Target)) {
+    else if (Character* target = find(step.Target))
         target->Send(packet);
-    }
 }
 
 GameServer::GameServer(const ServerOptions& options) : Inner(std::make_unique<Implementation>(options)) {}
@@ -176,9 +171,8 @@ bool GameServer::PushTo(const std::string& nickname, const CNTPacket& packet)
     Inner->Net.Call([&] {
         Character* character = Inner->Game.FindCharacter(nickname);
         sent = character != nullptr && character->Player != nullptr;
-        if (sent) {
+        if (sent)
             character->Send(packet);
-        }
     });
     return sent;
 }

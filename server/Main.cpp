@@ -13,9 +13,8 @@ namespace
 std::string ContentsOf(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
-    if (!file) {
+    if (!file)
         throw std::runtime_error("cannot read " + path);
-    }
     std::ostringstream contents;
     contents << file.rdbuf();
     return contents.str();
@@ -28,9 +27,8 @@ void SetAddress(const std::string& text, Kesra::ServerOptions& options)
     const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
     const bool number =
         !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
-    if (!number || std::stoul(port) > 65535) {
+    if (!number || std::stoul(port) > 65535)
         throw std::runtime_error("not an address and a port: " + text);
-    }
     options.Address = text.substr(0, colon);
     options.Port = static_cast<unsigned short>(std::stoul(port));
 }
@@ -60,18 +58,16 @@ int main(int argc, char** argv)
         SetAddress(address, options);
         options.ClockInterval = std::chrono::milliseconds(clockInterval);
         options.KeepReceived = 0;
-        if (!quiet) {
+        if (!quiet)
             options.Log = [](const std::string& line) { std::cerr << line << '\n'; };
-        }
         Kesra::GameServer server(options);
         for (const std::string& master : masters) {
             const std::size_t colon = std::min(master.find(':'), master.size());
             server.AddAccount(master.substr(0, colon), master.substr(std::min(colon + 1, master.size())),
                               true);
         }
-        if (!scenario.empty()) {
+        if (!scenario.empty())
             server.LoadScenario(ContentsOf(scenario));
-        }
         std::cout << "listening on " << options.Address << ":" << server.GetPort() << std::endl;
         Kesra::WaitForEndSignal();
     } catch (const std::exception& error) {

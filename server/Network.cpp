@@ -49,9 +49,8 @@ private:
 void Network::Implementation::Accept()
 {
     Acceptor.async_accept([this](asio::error_code error, asio::ip::tcp::socket socket) {
-        if (error == asio::error::operation_aborted) {
+        if (error == asio::error::operation_aborted)
             return;
-        }
         if (!error) {
             Take(std::move(socket));
             Accept();
@@ -76,11 +75,9 @@ void Network::Implementation::Take(asio::ip::tcp::socket socket)
 
 template <class Action> void Network::Implementation::ForEach(PeerID peer, Action action)
 {
-    for (const auto& [id, connection] : Connections) {
-        if (peer == Everyone || peer == id) {
+    for (const auto& [id, connection] : Connections)
+        if (peer == Everyone || peer == id)
             action(*connection);
-        }
-    }
 }
 
 Network::Network(const std::string& address, unsigned short port, NetworkOwner& owner, Recorder& recorder)
@@ -101,9 +98,8 @@ Network::~Network()
 void Network::Stop()
 {
     Inner->Context.stop();
-    if (Inner->Thread.joinable()) {
+    if (Inner->Thread.joinable())
         Inner->Thread.join();
-    }
 }
 
 unsigned short Network::Port() const
@@ -140,35 +136,39 @@ void Network::Call(const std::function<void()>& work)
 
 void Network::SetFaults(PeerID peer, const Faults& faults)
 {
-    if (peer == Everyone) {
+    if (peer == Everyone)
         Inner->NewFaults = faults;
-    }
     Inner->ForEach(peer, [&](Connection& connection) { connection.SetFaults(faults); });
 }
 
 void Network::ReleaseReplies(PeerID peer)
 {
-    Inner->ForEach(peer, [](Connection& connection) { connection.ReleaseReplies(); });
+    Inner->ForEach(
+        peer, [](Connection& connection) { connection.ReleaseReplies(); });
 }
 
 void Network::Send(PeerID peer, const std::vector<unsigned char>& packet)
 {
-    Inner->ForEach(peer, [&](Connection& connection) { connection.Send(packet.data(), packet.size()); });
+    Inner->ForEach(
+        peer, [&](Connection& connection) { connection.Send(packet.data(), packet.size()); });
 }
 
 void Network::SendBytes(PeerID peer, const std::vector<unsigned char>& bytes)
 {
-    Inner->ForEach(peer, [&](Connection& connection) { connection.SendBytes(bytes); });
+    Inner->ForEach(
+        peer, [&](Connection& connection) { connection.SendBytes(bytes); });
 }
 
 void Network::Close(PeerID peer)
 {
-    Inner->ForEach(peer, [](Connection& connection) { connection.Close("closed on demand"); });
+    Inner->ForEach(
+        peer, [](Connection& connection) { connection.Close("closed on demand"); });
 }
 
 void Network::Reset(PeerID peer)
 {
-    Inner->ForEach(peer, [](Connection& connection) { connection.Reset(); });
+    Inner->ForEach(
+        peer, [](Connection& connection) { connection.Reset(); });
 }
 
 } // namespace Kesra

@@ -109,20 +109,18 @@ using PayloadOfRow = typename PayloadOf<std::remove_const_t<decltype(Row::Handle
 template <MessageNumber Wanted, class Row, class... Rest>
 constexpr auto RowOf(const std::tuple<Row, Rest...>*)
 {
-    if constexpr (Row::Number == Wanted) {
+    if constexpr (Row::Number == Wanted)
         return Row{};
-    } else {
+    else
         return RowOf<Wanted>(static_cast<const std::tuple<Rest...>*>(nullptr));
-    }
 }
 
 template <class To, class From> To FieldFrom(const From& value)
 {
-    if constexpr (std::is_same_v<From, std::string>) {
+    if constexpr (std::is_same_v<From, std::string>)
         return To(value.c_str());
-    } else {
+    else
         return static_cast<To>(value);
-    }
 }
 
 template <class... Fields, class... Arguments>

@@ -20,18 +20,16 @@ void Peer::Handle(CNTPacket& packet)
     unsigned short number = 0;
     packet >> number;
     const RequestRow* row = FindRequest(number);
-    if (row == nullptr) {
+    if (row == nullptr)
         Ignore(number, "unknown number");
-    } else if (!row->Carry(*this, packet)) {
+    else if (!row->Carry(*this, packet))
         Ignore(number, "malformed payload");
-    }
 }
 
 void Peer::SendClock()
 {
-    if (Owner == nullptr) {
+    if (Owner == nullptr)
         return;
-    }
     ClockSent = Clock::now();
     const auto milliseconds =
         std::chrono::duration_cast<std::chrono::milliseconds>(ClockSent.time_since_epoch());
@@ -53,9 +51,8 @@ void Peer::Refuse(Result why)
 
 void Peer::Report(Result result)
 {
-    if (result != Result::Done) {
+    if (result != Result::Done)
         Refuse(result);
-    }
 }
 
 bool Peer::CanAct()
@@ -73,9 +70,8 @@ bool Peer::CanAct()
 
 Character* Peer::ChosenAvatar(short index) const
 {
-    if (Owner == nullptr || index < 0 || index >= AvatarsPerAccount) {
+    if (Owner == nullptr || index < 0 || index >= AvatarsPerAccount)
         return nullptr;
-    }
     return Owner->Avatars[static_cast<std::size_t>(index)].get();
 }
 

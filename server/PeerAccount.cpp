@@ -15,12 +15,10 @@ constexpr long DaysUntilDeletion = 7;
 
 Result CheckLogon(const Account* account, const std::string& password)
 {
-    if (account == nullptr) {
+    if (account == nullptr)
         return Result::Full;
-    }
-    if (account->Password != password) {
+    if (account->Password != password)
         return Result::WrongPassword;
-    }
     return account->LoggedOn != nullptr ? Result::AccountInUse : Result::Done;
 }
 
@@ -29,9 +27,8 @@ Result CheckLogon(const Account* account, const std::string& password)
 void Peer::Logon(Serial serial, const LongText& name, const LongText& password)
 {
     Account* account = Game.FindAccount(name.Value);
-    if (account == nullptr && Settings.OpenAccounts && name.Value.size() <= AccountNameLimit) {
+    if (account == nullptr && Settings.OpenAccounts && name.Value.size() <= AccountNameLimit)
         account = Game.AddAccount(name.Value, password.Value, false);
-    }
     const Result result = Owner != nullptr ? Result::AccountInUse : CheckLogon(account, password.Value);
     std::vector<TAvatar> avatars;
     std::vector<TPrivData> privData;
@@ -90,13 +87,12 @@ void Peer::TryOnSession(Serial serial, short index, short session)
 {
     Character* character = ChosenAvatar(index);
     Result result = Result::Done;
-    if (character == nullptr) {
+    if (character == nullptr)
         result = Owner == nullptr ? Result::NotLoggedOn : Result::NoSuchAvatar;
-    } else if (session < 1 || session > SessionCount) {
+    else if (session < 1 || session > SessionCount)
         result = Result::NoSuchSession;
-    } else if (Self != nullptr && Self->IsPlaying()) {
+    else if (Self != nullptr && Self->IsPlaying())
         result = Result::AlreadyPlaying;
-    }
     if (result != Result::Done) {
         Reply(GS_REPLY_10007, serial, std::vector<TItem>(), std::vector<TSkill>(), result);
         return;

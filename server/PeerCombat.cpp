@@ -29,9 +29,8 @@ void Peer::SendPoints(Character& character)
 
 void Peer::AttackMonster(unsigned long object, unsigned long, unsigned short, unsigned short)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     Monster* monster = Game.FindMonster(*Self, object);
     if (monster == nullptr) {
         Refuse(Result::NoSuchObject);
@@ -42,9 +41,8 @@ void Peer::AttackMonster(unsigned long object, unsigned long, unsigned short, un
 
 void Peer::SkillAttackMonster(unsigned long object, unsigned long, unsigned short, unsigned short)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     Monster* monster = Game.FindMonster(*Self, object);
     TSkill* skill =
         Self->FindSkill(Self->Priv.GetSelectSkillIndex(static_cast<short>(Self->Priv.GetUseSkillGroup())));
@@ -66,11 +64,10 @@ void Peer::Fight(Monster& monster, short damage)
     const unsigned long id = monster.Record.GetID();
     const Outcome outcome = Hurt(monster, damage);
     Game.SendToSession(Self->Session(), Notification<SC_EVENT12006>(id, damage, outcome));
-    if (outcome == Outcome::Killed) {
+    if (outcome == Outcome::Killed)
         Defeat(monster);
-    } else {
+    else
         StrikeBack(monster);
-    }
 }
 
 Outcome Peer::Hurt(Monster& monster, short damage)
@@ -108,9 +105,8 @@ void Peer::Defeat(Monster& monster)
     Game.SendToSession(Self->Session(), Notification<SC_EVENT12009>(monster.Record.GetID()));
     Game.DropLoot(*Self, monster);
     Game.Respawn(Self->Session(), monster);
-    if (Self->Learn(experience)) {
+    if (Self->Learn(experience))
         Game.SendToSession(Self->Session(), Notification<SC_EVENT16020>(Self->Avatar), Self);
-    }
     TPrivData& priv = Self->Priv;
     Send(Notification<SC_PRIV13004>(priv.GetLevel(), priv.GetParamPoint(), priv.GetExp(),
                                     priv.GetMaxInventorySlot(), priv.GetHP(), priv.GetMP(), priv.GetSP(),
@@ -119,9 +115,8 @@ void Peer::Defeat(Monster& monster)
 
 void Peer::AttackArea(const CNTVector& position)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     if (!IsPosition(position)) {
         Refuse(Result::BadArgument);
         return;
@@ -132,29 +127,25 @@ void Peer::AttackArea(const CNTVector& position)
     std::vector<Monster*> killed;
     const short damage = Self->Damage();
     for (auto& [id, monster] : Game.SessionOf(*Self).Monsters) {
-        if (GroundDistance(monster.Record.GetDRVector()->GetPos(), position) > AreaRadius) {
+        if (GroundDistance(monster.Record.GetDRVector()->GetPos(), position) > AreaRadius)
             continue;
-        }
         const Outcome outcome = Hurt(monster, damage);
         targets.push_back(static_cast<long>(id));
         damages.push_back(damage);
         outcomes.push_back(static_cast<char>(outcome));
-        if (outcome == Outcome::Killed) {
+        if (outcome == Outcome::Killed)
             killed.push_back(&monster);
-        }
     }
     Game.SendToSession(Self->Session(), Notification<SC_EVENT16013>(position));
     Game.SendToSession(Self->Session(), Notification<SC_EVENT12012>(targets, damages, outcomes));
-    for (Monster* monster : killed) {
+    for (Monster* monster : killed)
         Defeat(*monster);
-    }
 }
 
 void Peer::ResetKiSystem(short attack, short defence, short intellect)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const auto valid = [](short value) { return value >= 1 && value <= KiLimit; };
     const int points = KiPointsPerLevel * (Self->Priv.GetLevel() + 1);
     if (!valid(attack) || !valid(defence) || !valid(intellect) || attack + defence + intellect > points) {
@@ -171,9 +162,8 @@ void Peer::ResetKiSystem(short attack, short defence, short intellect)
 
 void Peer::IncParameter(short parameter)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     TPrivData& priv = Self->Priv;
     if (parameter < 1 || parameter > 6 || priv.GetParamPoint() < 1) {
         Refuse(Result::BadArgument);

@@ -13,9 +13,8 @@ namespace
 bool FitsPlace(const TItem& item, short place)
 {
     const ItemKind* kind = FindItemKind(item.GetItemID());
-    if (kind == nullptr || place < 1 || place > WornPlaces) {
+    if (kind == nullptr || place < 1 || place > WornPlaces)
         return false;
-    }
     return place == WeaponPlace ? kind->Use == ItemUse::Weapon : kind->Use == ItemUse::Clothes;
 }
 
@@ -29,9 +28,8 @@ bool FitsIndex(const Character& owner, const TItem& item, short index)
 
 void Peer::PutonItem(short place, short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     TItem* item = Self->FindItem(index);
     if (item == nullptr || Self->FindItem(place) != nullptr) {
         Refuse(Result::NoSuchItem);
@@ -48,9 +46,8 @@ void Peer::PutonItem(short place, short index)
 
 void Peer::TakeoffItem(short place, short to)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     TItem* item = Self->FindItem(place);
     if (item == nullptr || item->GetItemSlotIndex() != 0) {
         Refuse(Result::NoSuchItem);
@@ -66,9 +63,8 @@ void Peer::TakeoffItem(short place, short to)
 
 void Peer::ChooseWeapon(short weapon)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     // The last digit is the skill group of the weapon.
     if (weapon < 11 || weapon > 44 || weapon % 10 < 1 || weapon % 10 > 4) {
         Refuse(Result::BadArgument);
@@ -85,9 +81,8 @@ void Peer::BuyItems(long kind, short count)
 
 void Peer::BuyItem(long kindID, short index, short count)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const ItemKind* kind = FindItemKind(kindID);
     if (kind == nullptr || count < 1 || count > StackLimit) {
         Refuse(kind == nullptr ? Result::NoSuchItem : Result::BadArgument);
@@ -107,18 +102,16 @@ void Peer::BuyItem(long kindID, short index, short count)
         return;
     }
     TItem* item = Self->AddItem(kindID, 0, count);
-    if (index != 0 && item->GetItemCount() == count) {
+    if (index != 0 && item->GetItemCount() == count)
         Self->MoveItem(*item, index);
-    }
     Send(Notification<SC_EVENT16007>(Self->Priv.GetGold(), item->GetItemIndex(), item->GetItemCount(),
                                      kindID));
 }
 
 void Peer::SellItem(short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const TItem* item = Self->FindItem(index);
     const ItemKind* kind = item != nullptr ? FindItemKind(item->GetItemID()) : nullptr;
     if (kind == nullptr || item->GetItemSlotIndex() == 0) {
@@ -145,9 +138,8 @@ void Peer::TakeFromGround(unsigned long object)
 
 void Peer::PickupItem(unsigned long object)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const GroundItem* thing = FindOnGround(object);
     if (thing == nullptr || thing->Skill) {
         Refuse(Result::NoSuchObject);
@@ -166,9 +158,8 @@ void Peer::PickupItem(unsigned long object)
 
 void Peer::DropItem(short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const TItem* found = Self->FindItem(index);
     if (found == nullptr || found->GetItemSlotIndex() == 0) {
         Refuse(Result::NoSuchItem);
@@ -182,9 +173,8 @@ void Peer::DropItem(short index)
 
 void Peer::ReLocateItemInInventory(short from, short to)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     TItem* item = Self->FindItem(from);
     if (item == nullptr || item->GetItemSlotIndex() == 0) {
         Refuse(Result::NoSuchItem);
@@ -200,9 +190,8 @@ void Peer::ReLocateItemInInventory(short from, short to)
 
 void Peer::ExchangeItemInInventory(short one, short other)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     TItem* first = Self->FindItem(one);
     TItem* second = Self->FindItem(other);
     if (first == nullptr || second == nullptr || first == second) {
@@ -220,9 +209,8 @@ void Peer::ExchangeItemInInventory(short one, short other)
 
 void Peer::UseItem(short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const TItem* item = Self->FindItem(index);
     const ItemKind* kind = item != nullptr ? FindItemKind(item->GetItemID()) : nullptr;
     if (kind == nullptr || kind->Use != ItemUse::Potion) {
@@ -240,9 +228,8 @@ void Peer::UseItem(short index)
 
 void Peer::RepairItem(short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     if (Self->FindItem(index) == nullptr) {
         Refuse(Result::NoSuchItem);
     } else if (!Self->Pay(RepairPrice)) {
@@ -255,9 +242,8 @@ void Peer::RepairItem(short index)
 
 void Peer::UpdateJewelryCollection(short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const TItem* item = Self->FindItem(index);
     const ItemKind* kind = item != nullptr ? FindItemKind(item->GetItemID()) : nullptr;
     if (kind == nullptr || kind->Use != ItemUse::Jewel) {
@@ -277,21 +263,19 @@ void Peer::RequestItemUpgrade(Serial serial, short index, long kind, const std::
 {
     TItem* item = Self != nullptr ? Self->FindItem(index) : nullptr;
     Result result = Result::Done;
-    if (Self == nullptr) {
+    if (Self == nullptr)
         result = Result::NotReady;
-    } else if (item == nullptr || item->GetItemID() != kind) {
+    else if (item == nullptr || item->GetItemID() != kind)
         result = Result::NoSuchItem;
-    } else if (materials.empty() || item->GetItemOptionID() >= OptionLimit) {
+    else if (materials.empty() || item->GetItemOptionID() >= OptionLimit)
         result = Result::BadArgument;
-    }
     std::set<short> used;
     for (const short material : materials) {
         const TItem* stone = result == Result::Done ? Self->FindItem(material) : nullptr;
         const ItemKind* stoneKind = stone != nullptr ? FindItemKind(stone->GetItemID()) : nullptr;
         const bool usable = stoneKind != nullptr && stoneKind->Use == ItemUse::Stone;
-        if (result == Result::Done && (!usable || material == index || !used.insert(material).second)) {
+        if (result == Result::Done && (!usable || material == index || !used.insert(material).second))
             result = Result::NoSuchItem;
-        }
     }
     if (result != Result::Done) {
         Reply(GS_REPLY_16024, serial, 0L, result);

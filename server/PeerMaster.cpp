@@ -32,13 +32,12 @@ void Peer::MoveToAvatar(Serial serial, const LongText& name)
 {
     Character* target = Game.FindCharacter(name.Value);
     Result result = Result::Done;
-    if (!IsMaster()) {
+    if (!IsMaster())
         result = Result::NotAllowed;
-    } else if (target == nullptr || !target->IsPlaying()) {
+    else if (target == nullptr || !target->IsPlaying())
         result = Result::NoSuchAvatar;
-    } else if (Self == nullptr || !Self->IsPlaying()) {
+    else if (Self == nullptr || !Self->IsPlaying())
         result = Result::NotPlaying;
-    }
     if (result != Result::Done) {
         Reply(GS_REPLY_21001, serial, short{0}, CNTVector(), result);
         return;
@@ -50,25 +49,22 @@ void Peer::MoveToAvatar(Serial serial, const LongText& name)
 void Peer::MoveToPosition(Serial serial, short zone, const CNTVector& position)
 {
     Result result = Result::Done;
-    if (!IsMaster()) {
+    if (!IsMaster())
         result = Result::NotAllowed;
-    } else if (Self == nullptr || !Self->IsPlaying()) {
+    else if (Self == nullptr || !Self->IsPlaying())
         result = Result::NotPlaying;
-    } else if (zone < 1 || zone > ZoneCount || !IsPosition(position)) {
+    else if (zone < 1 || zone > ZoneCount || !IsPosition(position))
         result = Result::BadArgument;
-    }
     Reply(GS_REPLY_21002, serial, result);
-    if (result == Result::Done) {
+    if (result == Result::Done)
         Warp(*Self, Self->Session(), zone, position);
-    }
 }
 
 void Peer::CallAvatar(const LongText& name)
 {
     Character* target = FindTarget(name);
-    if (target == nullptr) {
+    if (target == nullptr)
         return;
-    }
     if (Self == nullptr || !Self->IsPlaying()) {
         Refuse(Result::NotPlaying);
         return;
@@ -90,9 +86,8 @@ void Peer::Transparent(bool transparent)
 void Peer::ProhibitChatting(const LongText& name, int seconds)
 {
     Character* target = FindTarget(name);
-    if (target == nullptr) {
+    if (target == nullptr)
         return;
-    }
     if (seconds < 0 || seconds > SilenceLimit) {
         Refuse(Result::BadArgument);
         return;
@@ -124,9 +119,8 @@ void Peer::PurgeAvatar(const LongText& name)
 void Peer::ChangeLevel(const LongText& name, short level)
 {
     Character* target = FindTarget(name);
-    if (target == nullptr) {
+    if (target == nullptr)
         return;
-    }
     if (level < 1 || level > LevelLimit) {
         Refuse(Result::BadArgument);
         return;
@@ -139,9 +133,8 @@ void Peer::ChangeLevel(const LongText& name, short level)
 void Peer::GiveSkill(const LongText& name, int kind, int experience)
 {
     Character* target = FindTarget(name);
-    if (target == nullptr) {
+    if (target == nullptr)
         return;
-    }
     const TSkill* skill =
         FindSkillKind(kind) != nullptr && experience >= 0 ? target->AddSkill(kind, experience) : nullptr;
     if (skill == nullptr) {
@@ -154,9 +147,8 @@ void Peer::GiveSkill(const LongText& name, int kind, int experience)
 void Peer::GiveItem(const LongText& name, int kind, short count)
 {
     Character* target = FindTarget(name);
-    if (target == nullptr) {
+    if (target == nullptr)
         return;
-    }
     const bool valid = FindItemKind(kind) != nullptr && count >= 1 && count <= StackLimit;
     const TItem* item = valid ? target->AddItem(kind, 0, count) : nullptr;
     if (item == nullptr) {
@@ -171,15 +163,14 @@ void Peer::StealItem(Serial serial, const LongText& name, short index)
     Character* target = Game.FindCharacter(name.Value);
     const TItem* found = target != nullptr ? target->FindItem(index) : nullptr;
     Result result = Result::Done;
-    if (!IsMaster()) {
+    if (!IsMaster())
         result = Result::NotAllowed;
-    } else if (Self == nullptr || target == nullptr || target == Self) {
+    else if (Self == nullptr || target == nullptr || target == Self)
         result = Result::NoSuchAvatar;
-    } else if (found == nullptr) {
+    else if (found == nullptr)
         result = Result::NoSuchItem;
-    } else if (!Self->HasRoomFor(1)) {
+    else if (!Self->HasRoomFor(1))
         result = Result::Full;
-    }
     if (result != Result::Done) {
         Reply(GS_REPLY_21011, serial, TItem(), result);
         return;

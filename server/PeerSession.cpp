@@ -36,13 +36,12 @@ bool IsPosition(const CNTVector& position)
 
 void Peer::EnterSession()
 {
-    if (Self == nullptr) {
+    if (Self == nullptr)
         Send(Notification<SC_EVENT29003>(Result::NotReady));
-    } else if (Self->IsPlaying()) {
+    else if (Self->IsPlaying())
         Send(Notification<SC_EVENT29003>(Result::AlreadyPlaying));
-    } else {
+    else
         Game.Enter(*Self, ChosenSession);
-    }
 }
 
 void Peer::LeaveSession()
@@ -87,13 +86,12 @@ void Peer::WarpSessionIn(Serial serial, short session, short zone, short gate, s
         IsSession(session) && IsZone(zone) && gate >= 0 && gate < static_cast<short>(Gates.size());
     const CNTVector position = known ? Gates[static_cast<std::size_t>(gate)] : CNTVector();
     Result result = Result::Done;
-    if (Self == nullptr) {
+    if (Self == nullptr)
         result = Result::NotReady;
-    } else if (!known) {
+    else if (!known)
         result = Result::NoSuchSession;
-    } else if (Self->Dead) {
+    else if (Self->Dead)
         result = Result::Dead;
-    }
     Reply(GS_REPLY_10007, serial, position, result);
     if (result == Result::Done) {
         Warp(*Self, session, zone, position);
@@ -106,9 +104,8 @@ void Peer::WarpSessionIn(Serial serial, short session, short zone, short gate, s
 
 void Peer::WarpSessionInFree(short zone, const CNTVector& position)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     if (!IsZone(zone) || !IsPosition(position)) {
         Refuse(Result::BadArgument);
         return;
@@ -121,9 +118,8 @@ void Peer::WarpSessionOut()
 {
     LeaveSession();
     std::vector<short> sessions;
-    for (short session = 1; session <= SessionCount; ++session) {
+    for (short session = 1; session <= SessionCount; ++session)
         sessions.push_back(session);
-    }
     Send(Notification<SC_WORLD14012>(sessions));
 }
 
@@ -158,20 +154,18 @@ void Peer::Chat(const ChatText& line)
         Settings.StartScenario(Self);
         return;
     }
-    if (Self == nullptr || !Self->IsPlaying()) {
+    if (Self == nullptr || !Self->IsPlaying())
         Refuse(Result::NotPlaying);
-    } else if (Clock::now() < Self->SilencedUntil) {
+    else if (Clock::now() < Self->SilencedUntil)
         Refuse(Result::Silenced);
-    } else {
+    else
         Game.SendToSession(Self->Session(), Notification<SC_CHAT>(Self->ShortID(), line.Value), Self);
-    }
 }
 
 void Peer::WisperChat(unsigned long addressee, const ChatText& message)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     Character* other = Game.FindPlaying(addressee);
     if (other == nullptr) {
         Refuse(Result::NoSuchAvatar);
@@ -182,9 +176,8 @@ void Peer::WisperChat(unsigned long addressee, const ChatText& message)
 
 void Peer::WisperChatWide(const NameText& addressee, const ChatText& message)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     Character* other = Game.FindCharacter(addressee.Value);
     if (other == nullptr || !other->IsPlaying()) {
         Refuse(Result::NoSuchAvatar);
@@ -197,9 +190,8 @@ void Peer::AvatarMove(const CDRVector& movement, unsigned short value, unsigned 
 {
     const bool sane =
         IsPosition(movement.GetPos()) && IsCoordinate(movement.GetAY()) && IsCoordinate(movement.GetSpeed());
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     if (!sane) {
         Refuse(Result::BadArgument);
         return;

@@ -6,9 +6,8 @@ namespace Kesra
 
 void Peer::ReLocateSkill(short from, short to)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const TSkill* found = Self->FindSkill(from);
     if (found == nullptr) {
         Refuse(Result::NoSuchSkill);
@@ -25,9 +24,8 @@ void Peer::ReLocateSkill(short from, short to)
 
 void Peer::ChooseSkill(short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const TSkill* skill = Self->FindSkill(index);
     if (skill == nullptr) {
         Refuse(Result::NoSuchSkill);
@@ -39,9 +37,8 @@ void Peer::ChooseSkill(short index)
 
 void Peer::BuySkill(long kindID, short index, short)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const SkillKind* kind = FindSkillKind(kindID);
     if (kind == nullptr) {
         Refuse(Result::NoSuchSkill);
@@ -62,9 +59,8 @@ void Peer::BuySkill(long kindID, short index, short)
 
 void Peer::SellSkill(short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const TSkill* skill = Self->FindSkill(index);
     const SkillKind* kind = skill != nullptr ? FindSkillKind(skill->GetSkillID()) : nullptr;
     if (kind == nullptr) {
@@ -78,9 +74,8 @@ void Peer::SellSkill(short index)
 
 void Peer::PickupSkill(unsigned long object)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const GroundItem* thing = FindOnGround(object);
     if (thing == nullptr || !thing->Skill) {
         Refuse(Result::NoSuchObject);
@@ -97,9 +92,8 @@ void Peer::PickupSkill(unsigned long object)
 
 void Peer::DropSkill(short index)
 {
-    if (!CanAct()) {
+    if (!CanAct())
         return;
-    }
     const TSkill* found = Self->FindSkill(index);
     if (found == nullptr) {
         Refuse(Result::NoSuchSkill);

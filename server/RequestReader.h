@@ -53,9 +53,8 @@ public:
     {
         short count = 0;
         Take(count);
-        for (short taken = 0; taken < count && Whole; ++taken) {
+        for (short taken = 0; taken < count && Whole; ++taken)
             Take(list.emplace_back());
-        }
     }
 
     /// Ends the reading: true when every field was there and nothing follows the last one.
@@ -70,9 +69,8 @@ private:
     template <class T> void TakeSized(T& value, std::size_t bytes)
     {
         Whole = Holds(bytes);
-        if (Whole) {
+        if (Whole)
             Packet >> value;
-        }
     }
 
     void TakeText(std::string& text, std::size_t limit)

@@ -20,9 +20,8 @@ bool DecodeAndCall(Peer& peer, CNTPacket& packet, void (Peer::*method)(Parameter
     std::tuple<std::decay_t<Parameters>...> values;
     RequestReader reader(packet);
     std::apply([&](auto&... value) { (reader.Take(value), ...); }, values);
-    if (!reader.Finish()) {
+    if (!reader.Finish())
         return false;
-    }
     std::apply([&](auto&... value) { (peer.*method)(value...); }, values);
     return true;
 }

@@ -34,9 +34,8 @@ std::size_t WireSize(TAvatar avatar)
 template <class T> std::size_t WireSize(const std::vector<T>& list)
 {
     std::size_t size = WireSize(short{0});
-    for (const T& element : list) {
+    for (const T& element : list)
         size += WireSize(element);
-    }
     return size;
 }
 
@@ -49,9 +48,8 @@ template <class Row> CNTPacket BuildMessage(ValueReader& reader)
     const std::size_t size = std::apply(
         [](const auto&... value) { return (std::size_t{CNTPacket::HeaderSize} + ... + WireSize(value)); },
         values);
-    if (size > CNTPacket::Capacity) {
+    if (size > CNTPacket::Capacity)
         throw std::runtime_error("the message is longer than a packet: " + std::to_string(size) + " bytes");
-    }
     return std::apply([](const auto&... value) { return MessageOf(Row::Number, value...); }, values);
 }
 
@@ -106,14 +104,12 @@ Word TakeWord(std::string_view& line)
     line.remove_prefix(std::min(line.find_first_not_of(Blanks), line.size()));
     Word word;
     word.IsQuoted = !line.empty() && line.front() == '"';
-    if (word.IsQuoted) {
+    if (word.IsQuoted)
         line.remove_prefix(1);
-    }
     const std::size_t length =
         word.IsQuoted ? line.find('"') : std::min(line.find_first_of(Blanks), line.size());
-    if (length == line.npos) {
+    if (length == line.npos)
         throw std::runtime_error("the name has no second quote: " + std::string(line));
-    }
     word.Text = line.substr(0, length);
     line.remove_prefix(std::min(length + 1, line.size()));
     return word;
@@ -129,9 +125,8 @@ std::chrono::milliseconds ParseWait(std::string_view line)
     int milliseconds = 0;
     reader.Take(milliseconds);
     reader.Finish();
-    if (milliseconds < 0 || milliseconds > longest) {
+    if (milliseconds < 0 || milliseconds > longest)
         throw std::runtime_error("no waiting time");
-    }
     return std::chrono::milliseconds(milliseconds);
 }
 
@@ -141,9 +136,8 @@ ScenarioStep ParseStep(const std::string& target, std::string_view line)
     step.Target = target;
     const std::string name = TakeWord(line).Text;
     const KnownMessage* message = FindMessage(name);
-    if (message == nullptr) {
+    if (message == nullptr)
         throw std::runtime_error("no message of this name or number: " + name);
-    }
     step.Number = message->Number;
     step.Values = line;
     step.Build([](const std::string&) { return 0UL; });
@@ -163,9 +157,8 @@ std::vector<ScenarioStep> ParseScenario(std::string_view text)
     std::vector<ScenarioStep> steps;
     std::chrono::milliseconds wait{0};
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (text.substr(0, byteOrderMark.size()) == byteOrderMark) {
+    if (text.substr(0, byteOrderMark.size()) == byteOrderMark)
         text.remove_prefix(byteOrderMark.size());
-    }
     for (int number = 1; !text.empty(); ++number) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         std::string_view line = text.substr(0, end);
@@ -173,9 +166,8 @@ std::vector<ScenarioStep> ParseScenario(std::string_view text)
         line = line.substr(0, line.find_last_not_of(Blanks) + 1);
         try {
             const Word first = TakeWord(line);
-            if (!first.IsQuoted && (first.Text.empty() || first.Text.front() == '#')) {
+            if (!first.IsQuoted && (first.Text.empty() || first.Text.front() == '#'))
                 continue;
-            }
             if (!first.IsQuoted && first.Text == "wait") {
                 wait += ParseWait(line);
                 continue;

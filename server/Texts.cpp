@@ -13,9 +13,8 @@ constexpr UINT Korean = 949;
 
 std::string Convert(std::string_view text, UINT from, UINT to)
 {
-    if (text.empty()) {
+    if (text.empty())
         return {};
-    }
     const int length = static_cast<int>(text.size());
     std::vector<WCHAR> wide(text.size());
     const int units = MultiByteToWideChar(from, 0, text.data(), length, wide.data(), length);

@@ -24,18 +24,16 @@ bool IsBlank(char c)
 /// Some setters of records do not take every number.
 void RequireKept(short given, short kept)
 {
-    if (given != kept) {
+    if (given != kept)
         Fail("no number of this field: " + std::to_string(given));
-    }
 }
 
 } // namespace
 
 void ValueReader::SkipBlanks()
 {
-    while (!Rest.empty() && IsBlank(Rest.front())) {
+    while (!Rest.empty() && IsBlank(Rest.front()))
         Rest.remove_prefix(1);
-    }
 }
 
 void ValueReader::FailExpecting(const std::string& what) const
@@ -46,40 +44,34 @@ void ValueReader::FailExpecting(const std::string& what) const
 bool ValueReader::Accept(char token)
 {
     SkipBlanks();
-    if (Rest.empty() || Rest.front() != token) {
+    if (Rest.empty() || Rest.front() != token)
         return false;
-    }
     Rest.remove_prefix(1);
     return true;
 }
 
 void ValueReader::Expect(char token)
 {
-    if (!Accept(token)) {
+    if (!Accept(token))
         FailExpecting(std::string(1, token));
-    }
 }
 
 bool ValueReader::HasNext(std::size_t elements)
 {
-    if (Accept(']')) {
+    if (Accept(']'))
         return false;
-    }
-    if (Rest.empty()) {
+    if (Rest.empty())
         FailExpecting("]");
-    }
-    if (elements == std::numeric_limits<short>::max()) {
+    if (elements == std::numeric_limits<short>::max())
         Fail("the list is longer than " + std::to_string(elements) + " elements");
-    }
     return true;
 }
 
 void ValueReader::Finish()
 {
     SkipBlanks();
-    if (!Rest.empty()) {
+    if (!Rest.empty())
         Fail("more than the message holds: " + std::string(Rest));
-    }
 }
 
 std::string_view ValueReader::TakeWord()
@@ -87,44 +79,38 @@ std::string_view ValueReader::TakeWord()
     SkipBlanks();
     std::size_t length = 0;
     while (length < Rest.size() && !IsBlank(Rest[length]) &&
-           std::string_view("[]()\"").find(Rest[length]) == std::string_view::npos) {
+           std::string_view("[]()\"").find(Rest[length]) == std::string_view::npos)
         ++length;
-    }
     const std::string_view word = Rest.substr(0, length);
     Rest.remove_prefix(length);
-    if (word.empty()) {
+    if (word.empty())
         FailExpecting("a number");
-    }
     return word;
 }
 
 long long ValueReader::TakeInteger(long long lowest, long long highest)
 {
     const std::string word(TakeWord());
-    if (word.front() == '@') {
+    if (word.front() == '@')
         return TakeObjectID(word.substr(1), highest);
-    }
     // Zeros in front of a decimal number do not make it octal.
     const std::size_t digits = word.find_first_not_of("+-");
     const bool hexadecimal =
         digits < word.size() && (word.compare(digits, 2, "0x") == 0 || word.compare(digits, 2, "0X") == 0);
     char* end = nullptr;
     const long long value = std::strtoll(word.c_str(), &end, hexadecimal ? 16 : 10);
-    if (*end != '\0' || value < lowest || value > highest) {
+    if (*end != '\0' || value < lowest || value > highest)
         Fail("no number of this field: " + word);
-    }
     return value;
 }
 
 long long ValueReader::TakeObjectID(const std::string& name, long long highest) const
 {
-    if (name.empty()) {
+    if (name.empty())
         Fail("expected a name behind @");
-    }
     // Which ID it is shows when the message is sent; an avatar's needs 16 bits.
-    if (highest < std::numeric_limits<short>::max()) {
+    if (highest < std::numeric_limits<short>::max())
         Fail("no object ID fits this field: @" + name);
-    }
     return static_cast<long long>(Resolve(name));
 }
 
@@ -133,17 +119,15 @@ std::string ValueReader::TakeText(std::size_t limit)
     Expect('"');
     std::string text;
     while (!Rest.empty() && Rest.front() != '"') {
-        if (Rest.front() == '\\' && Rest.size() > 1) {
+        if (Rest.front() == '\\' && Rest.size() > 1)
             Rest.remove_prefix(1);
-        }
         text += Rest.front();
         Rest.remove_prefix(1);
     }
     Expect('"');
     const std::string wire = WireText(text);
-    if (wire.size() > limit) {
+    if (wire.size() > limit)
         Fail("the text is longer than " + std::to_string(limit) + " bytes: " + text);
-    }
     return wire;
 }
 
@@ -163,9 +147,8 @@ void ValueReader::Take(float& number)
     const std::string word(TakeWord());
     char* end = nullptr;
     number = std::strtof(word.c_str(), &end);
-    if (*end != '\0' || !std::isfinite(number)) {
+    if (*end != '\0' || !std::isfinite(number))
         Fail("no number of this field: " + word);
-    }
 }
 
 void ValueReader::Take(bool& flag)

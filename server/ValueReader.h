@@ -58,9 +58,8 @@ public:
     template <class T> void Take(std::vector<T>& list)
     {
         Expect('[');
-        while (HasNext(list.size())) {
+        while (HasNext(list.size()))
             Take(list.emplace_back());
-        }
     }
 
     /// Nothing may follow the last value.

@@ -43,18 +43,16 @@ GroundItem MakeGroundItem(long id, long count, short option)
 std::vector<TMonster> PlaySession::MonsterList() const
 {
     std::vector<TMonster> list;
-    for (const auto& [id, monster] : Monsters) {
+    for (const auto& [id, monster] : Monsters)
         list.push_back(monster.Record);
-    }
     return list;
 }
 
 std::vector<TWorldItem> PlaySession::ItemList() const
 {
     std::vector<TWorldItem> list;
-    for (const auto& [id, item] : Items) {
+    for (const auto& [id, item] : Items)
         list.push_back(item.Record);
-    }
     return list;
 }
 
@@ -71,9 +69,8 @@ Account* World::FindAccount(const std::string& name)
 
 Account* World::AddAccount(const std::string& name, const std::string& password, bool master)
 {
-    if (Accounts.size() >= AccountLimit) {
+    if (Accounts.size() >= AccountLimit)
         return nullptr;
-    }
     auto& account = Accounts[name];
     if (!account) {
         account = std::make_unique<Account>();
@@ -87,19 +84,15 @@ Account* World::AddAccount(const std::string& name, const std::string& password,
 
 Result World::CreateCharacter(Account& account, short index, const std::string& name, short avatarTemplate)
 {
-    if (index < 0 || index >= AvatarsPerAccount || avatarTemplate < 0) {
+    if (index < 0 || index >= AvatarsPerAccount || avatarTemplate < 0)
         return Result::BadArgument;
-    }
-    if (!IsName(name)) {
+    if (!IsName(name))
         return Result::BadName;
-    }
     auto& place = account.Avatars[static_cast<std::size_t>(index)];
-    if (place || FindCharacter(name) != nullptr) {
+    if (place || FindCharacter(name) != nullptr)
         return Result::AvatarExists;
-    }
-    if (LastCharacterID == CharacterLimit) {
+    if (LastCharacterID == CharacterLimit)
         return Result::Full;
-    }
     ++LastCharacterID;
     place = std::make_unique<Character>(LastCharacterID, account.UserIndex, index, name, avatarTemplate);
     place->AddItem(StartingWeapon, 0, 1);
@@ -112,19 +105,16 @@ Result World::CreateCharacter(Account& account, short index, const std::string& 
 
 Result World::Rename(Character& character, const std::string& name)
 {
-    if (!IsName(name)) {
+    if (!IsName(name))
         return Result::BadName;
-    }
-    if (FindCharacter(name) != nullptr) {
+    if (FindCharacter(name) != nullptr)
         return Result::AvatarExists;
-    }
     Characters.erase(character.Name());
     CString nickname(name.c_str());
     character.Avatar.SetNickname(nickname);
     Characters[name] = &character;
-    if (character.IsPlaying()) {
+    if (character.IsPlaying())
         SendToSession(character.Session(), Notification<SC_EVENT16020>(character.Avatar));
-    }
     return Result::Done;
 }
 
@@ -148,9 +138,8 @@ PlaySession& World::SessionOf(const Character& character)
 PlaySession& World::Session(short session)
 {
     const auto [found, fresh] = Sessions.try_emplace(session);
-    if (fresh) {
+    if (fresh)
         Populate(session);
-    }
     return found->second;
 }
 
@@ -187,9 +176,8 @@ Monster World::MakeMonster(const MonsterKind& kind, const CNTVector& position)
 void World::Enter(Character& character, short session)
 {
     character.Avatar.SetJoinedSessionID(session);
-    if (character.Avatar.GetCurZoneID() < 1) {
+    if (character.Avatar.GetCurZoneID() < 1)
         character.Avatar.SetCurZoneID(1);
-    }
     character.Send(Notification<SC_EVENT29001>(character.ID()));
     ShowSurroundings(character);
     SendToSession(session, Notification<SC_AVATAR>(character.Avatar));
@@ -200,9 +188,8 @@ void World::ShowSurroundings(Character& character)
 {
     PlaySession& session = SessionOf(character);
     std::vector<TAvatar> avatars;
-    for (Character* other : session.Players) {
+    for (Character* other : session.Players)
         avatars.push_back(other->Avatar);
-    }
     std::vector<TWorldItem> items = session.ItemList();
     avatars.resize(std::min(avatars.size(), AvatarsPerPacket));
     items.resize(std::min(items.size(), ItemsPerPacket));
@@ -214,9 +201,8 @@ void World::ShowSurroundings(Character& character)
 void World::Leave(Character& character)
 {
     const short session = character.Session();
-    if (session == 0) {
+    if (session == 0)
         return;
-    }
     Trades.Cancel(character);
     auto& players = SessionOf(character).Players;
     players.erase(std::remove(players.begin(), players.end(), &character), players.end());
@@ -226,11 +212,9 @@ void World::Leave(Character& character)
 
 void World::SendToSession(short session, const CNTPacket& packet, const Character* except)
 {
-    for (Character* character : Session(session).Players) {
-        if (character != except) {
+    for (Character* character : Session(session).Players)
+        if (character != except)
             character->Send(packet);
-        }
-    }
 }
 
 Monster* World::FindMonster(const Character& character, unsigned long id)

@@ -103,9 +103,8 @@ void Put(CNTPacket& packet, const TPrivData& data)
     packet << data.GetUseWeaponIndex();
     packet << data.GetMaxInventorySlot();
     packet << data.GetDeleteAvatarDate();
-    for (short group = 1; group <= 4; ++group) {
+    for (short group = 1; group <= 4; ++group)
         packet << data.GetSelectSkillIndex(group);
-    }
 }
 
 } // namespace Kesra

@@ -50,9 +50,8 @@ template <class T> void Put(CNTPacket& packet, const T& value)
 template <class T> void Put(CNTPacket& packet, const std::vector<T>& list)
 {
     packet << static_cast<short>(list.size());
-    for (const T& element : list) {
+    for (const T& element : list)
         Put(packet, element);
-    }
 }
 
 /// Builds a message from fields that have their wire types already.

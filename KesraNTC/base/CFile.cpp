@@ -56,11 +56,10 @@ void CFile::Write(const void* data, unsigned int n)
     if (n == 0)
         return;
     DWORD written = 0;
-    if (!WriteFile(Handle, data, n, &written, nullptr)) {
+    if (!WriteFile(Handle, data, n, &written, nullptr))
         TRACE("Can't Write %d buffer\n", GetLastError());
-    } else if (written < n) {
+    else if (written < n)
         TRACE("DiskFull! %s\n", "CFile");
-    }
 }
 
 unsigned int CFile::Read(void* data, unsigned int n)

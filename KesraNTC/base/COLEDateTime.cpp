@@ -144,11 +144,10 @@ double DateFromContinuous(double days)
 COLEDateTime Moved(const COLEDateTime& date, const COLEDateTimeSpan& span, double days)
 {
     COLEDateTime result(DateFromContinuous(ContinuousFromDate(date) + days));
-    if (date.GetStatus() == COLEDateTime::null || span.GetStatus() == COLEDateTimeSpan::null) {
+    if (date.GetStatus() == COLEDateTime::null || span.GetStatus() == COLEDateTimeSpan::null)
         result.SetStatus(COLEDateTime::null);
-    } else if (date.GetStatus() == COLEDateTime::invalid || span.GetStatus() == COLEDateTimeSpan::invalid) {
+    else if (date.GetStatus() == COLEDateTime::invalid || span.GetStatus() == COLEDateTimeSpan::invalid)
         result.SetStatus(COLEDateTime::invalid);
-    }
     return result;
 }
 
@@ -219,11 +218,10 @@ COLEDateTime& COLEDateTime::operator=(const _FILETIME& time)
 {
     FILETIME local{};
     SYSTEMTIME fields{};
-    if (FileTimeToLocalFileTime(&time, &local) && FileTimeToSystemTime(&local, &fields)) {
+    if (FileTimeToLocalFileTime(&time, &local) && FileTimeToSystemTime(&local, &fields))
         *this = fields;
-    } else {
+    else
         Status = invalid;
-    }
     return *this;
 }
 
@@ -365,11 +363,10 @@ COLEDateTime& COLEDateTime::operator-=(COLEDateTimeSpan span)
 COLEDateTimeSpan COLEDateTime::operator-(const COLEDateTime& other) const
 {
     COLEDateTimeSpan difference(ContinuousFromDate(Date) - ContinuousFromDate(other.Date));
-    if (Status == null || other.Status == null) {
+    if (Status == null || other.Status == null)
         difference.SetStatus(COLEDateTimeSpan::null);
-    } else if (Status == invalid || other.Status == invalid) {
+    else if (Status == invalid || other.Status == invalid)
         difference.SetStatus(COLEDateTimeSpan::invalid);
-    }
     return difference;
 }
 

@@ -57,10 +57,9 @@ template <std::size_t N> struct KoreanText {
 
 constexpr std::uint16_t CodePage949Of(char16_t syllable)
 {
-    for (const Hangul& entry : HangulTable) {
+    for (const Hangul& entry : HangulTable)
         if (entry.Unicode == syllable)
             return entry.CodePage949;
-    }
     throw "the syllable is missing from HangulTable";
 }
 

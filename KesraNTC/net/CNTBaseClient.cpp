@@ -94,17 +94,15 @@ bool CNTBaseClient::Attach(CNTStub* stub)
 bool CNTBaseClient::Attach(CNTProxy* proxy)
 {
     Proxy = proxy;
-    if (proxy != nullptr) {
+    if (proxy != nullptr)
         proxy->Client = this;
-    }
     return true;
 }
 
 bool CNTBaseClient::SetServerAddr(const char* address)
 {
-    if (address == nullptr || std::strlen(address) >= sizeof ServerAddr) {
+    if (address == nullptr || std::strlen(address) >= sizeof ServerAddr)
         return false;
-    }
     std::strcpy(ServerAddr, address);
     return true;
 }
@@ -117,14 +115,12 @@ void CNTBaseClient::SetServerPort(unsigned long port)
 unsigned long CNTBaseClient::ProcessQueuedMessageFromServer()
 {
     const Locked dispatching(Lock);
-    if (InDispatch) {
+    if (InDispatch)
         return 0;
-    }
     const DispatchMark mark(InDispatch);
     TakeQueue(Dispatching);
-    for (CNTPacket& packet : Dispatching.Whole) {
+    for (CNTPacket& packet : Dispatching.Whole)
         ProcessPacketFromServer(packet);
-    }
     const std::size_t dispatched = Dispatching.Whole.size() + DispatchFlood();
     Dispatching.Whole.clear();
     Dispatching.Flood.clear();
@@ -156,9 +152,8 @@ void CNTBaseClient::GiveBackQueue(std::size_t dispatched)
     // What a flood needed goes with it; a dense stream, flood upon flood, keeps it.
     const bool isDense = dispatched > InitialQueue && LastDispatched > InitialQueue;
     LastDispatched = dispatched;
-    if (!isDense) {
+    if (!isDense)
         std::vector<unsigned char>().swap(Dispatching.Flood);
-    }
 }
 
 unsigned long CNTBaseClient::ProcessPacketFromServer(CNTPacket&)
@@ -191,9 +186,8 @@ void CNTBaseClient::CheckTraffic()
 {
     const COLEDateTime now = COLEDateTime::GetTickCount();
     const Locked dating(QueueLock);
-    if ((now - TrafficTime).GetTotalSeconds() < TrafficPeriodSeconds) {
+    if ((now - TrafficTime).GetTotalSeconds() < TrafficPeriodSeconds)
         return;
-    }
     TRACE("5초 송신량 : %d       수신량 : %d\n"_949, static_cast<int>(GetSendBytes()),
           static_cast<int>(GetRecvBytes()));
     InitSendBytes();

@@ -34,17 +34,14 @@ unsigned int CNTBaseClient::CreateSocket()
 bool CNTBaseClient::ConnectToServer()
 {
     const Locked connecting(ConnectLock);
-    if (IsConnectingRefused()) {
+    if (IsConnectingRefused())
         return false;
-    }
     Close();
-    if (const std::shared_ptr<ReceiveThread> previous = NewestReceiver()) {
+    if (const std::shared_ptr<ReceiveThread> previous = NewestReceiver())
         previous->Retire();
-    }
     BeginConnection();
-    if (CreateSocket() == static_cast<unsigned int>(INVALID_SOCKET) || !Connect()) {
+    if (CreateSocket() == static_cast<unsigned int>(INVALID_SOCKET) || !Connect())
         return false;
-    }
     CDebug::AppendDebugMsg("ConnectToServer() : Success\n");
     {
         const Locked dating(QueueLock);
@@ -87,13 +84,11 @@ bool CNTBaseClient::ResolveServer(sockaddr_in& address)
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<unsigned short>(ServerPort));
     address.sin_addr.s_addr = inet_addr(ServerAddr);
-    if (address.sin_addr.s_addr != INADDR_NONE) {
+    if (address.sin_addr.s_addr != INADDR_NONE)
         return true;
-    }
     const hostent* host = gethostbyname(ServerAddr);
-    if (host == nullptr || host->h_addr_list[0] == nullptr) {
+    if (host == nullptr || host->h_addr_list[0] == nullptr)
         return false;
-    }
     std::memcpy(&address.sin_addr, host->h_addr_list[0], sizeof address.sin_addr);
     return true;
 }
@@ -101,9 +96,8 @@ bool CNTBaseClient::ResolveServer(sockaddr_in& address)
 bool CNTBaseClient::RecvFromServer()
 {
     const std::shared_ptr<ReceiveThread> thread = AddReceiver();
-    if (_beginthread(RecvFromServer_Proc, 0, this) == static_cast<std::uintptr_t>(-1)) {
+    if (_beginthread(RecvFromServer_Proc, 0, this) == static_cast<std::uintptr_t>(-1))
         thread->NeverBegan();
-    }
     return true;
 }
 
@@ -118,11 +112,9 @@ std::shared_ptr<ReceiveThread> CNTBaseClient::AddReceiver()
 
 std::shared_ptr<ReceiveThread> CNTBaseClient::BeginReceiver()
 {
-    for (const auto& thread : AllReceivers()) {
-        if (thread->Begin()) {
+    for (const auto& thread : AllReceivers())
+        if (thread->Begin())
             return thread;
-        }
-    }
     // The game runs the procedure on a thread of its own.
     const std::shared_ptr<ReceiveThread> thread = AddReceiver();
     thread->Begin();
@@ -148,15 +140,13 @@ void CNTBaseClient::StopReceiving()
     // ProcessDisconnection may be connecting again at this moment.
     do {
         stopped = AllReceivers();
-        for (const auto& thread : stopped) {
+        for (const auto& thread : stopped)
             thread->ClaimNotification();
-        }
         Close();
         for (const auto& thread : stopped) {
             thread->Retire();
-            if (!thread->IsCurrent()) {
+            if (!thread->IsCurrent())
                 thread->WaitForEnd(INFINITE);
-            }
         }
     } while (stopped != AllReceivers());
 }
@@ -171,11 +161,9 @@ bool CNTBaseClient::WaitForReceiveThread(unsigned long milliseconds)
     std::vector<std::shared_ptr<ReceiveThread>> ended;
     while (ended != AllReceivers()) {
         ended = AllReceivers();
-        for (const auto& thread : ended) {
-            if (thread->IsCurrent() || !thread->WaitForEnd(timeLeft())) {
+        for (const auto& thread : ended)
+            if (thread->IsCurrent() || !thread->WaitForEnd(timeLeft()))
                 return false;
-            }
-        }
     }
     return true;
 }

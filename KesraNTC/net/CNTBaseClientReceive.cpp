@@ -19,13 +19,11 @@ void CNTBaseClient::RecvFromServer_Proc(void* argument)
     const std::shared_ptr<ReceiveThread> thread = client.BeginReceiver();
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_ABOVE_NORMAL);
     const bool began = client.IssueNetRead();
-    if (began) {
+    if (began)
         client.ReceiveLoop(*thread);
-    }
     thread->LetGo();
-    if (began && thread->ClaimNotification()) {
+    if (began && thread->ClaimNotification())
         client.ProcessDisconnection();
-    }
     thread->End();
 }
 
@@ -56,9 +54,8 @@ bool CNTBaseClient::TakeRead(CNTPacket& packet, ReceiveThread& thread)
         CDebug::AppendDebugMsg("error!!! WSAGetOverlappedResult() : error %d\n", WSAGetLastError());
         return false;
     }
-    if (received == 0) {
+    if (received == 0)
         return false;
-    }
     const unsigned long collected = CollectPacket(received);
     if (collected == PacketComplete) {
         packet.SetBufSize(0);
@@ -71,31 +68,27 @@ bool CNTBaseClient::TakeRead(CNTPacket& packet, ReceiveThread& thread)
     AddRecvBytes(received);
     const bool reading = IssueNetRead();
     // A dense stream keeps the read event set; the write must not starve behind it.
-    if (IsSendPending() && !TakeSendCompletion()) {
+    if (IsSendPending() && !TakeSendCompletion())
         return false;
-    }
     return DispatchHere(thread, collected == PacketComplete) && reading;
 }
 
 bool CNTBaseClient::DispatchHere(ReceiveThread& thread, bool isComplete)
 {
     const bool isAwaited = Proxy != nullptr && Proxy->GetPendingCount() > 0;
-    if (!isAwaited && !(ProcessOnRecvThread && isComplete)) {
+    if (!isAwaited && !(ProcessOnRecvThread && isComplete))
         return true;
-    }
     thread.LetGo();
-    if (!thread.IsRetired()) {
+    if (!thread.IsRetired())
         ProcessQueuedMessageFromServer();
-    }
     return thread.TakeBack();
 }
 
 bool CNTBaseClient::TakeSendCompletion()
 {
     DWORD error = 0;
-    if (FinishSend(error)) {
+    if (FinishSend(error))
         return true;
-    }
     CDebug::AppendDebugMsg("error!!! WSAGetOverlappedResult() : error %d\n", static_cast<int>(error));
     return false;
 }

@@ -10,9 +10,8 @@ using namespace Kesra;
 
 void CNTPacket::CopyFrom(const CNTPacket& other) noexcept
 {
-    if (this == &other) {
+    if (this == &other)
         return;
-    }
     BufSize = other.BufSize;
     BufPoint = other.BufPoint;
     std::memcpy(Buffer, other.Buffer, std::min(BufSize, Capacity));
@@ -20,9 +19,8 @@ void CNTPacket::CopyFrom(const CNTPacket& other) noexcept
 
 void CNTPacket::Concrete(unsigned char* data, unsigned short n)
 {
-    for (unsigned i = 0; i < n; i += 4) {
+    for (unsigned i = 0; i < n; i += 4)
         data[i] ^= Key;
-    }
 }
 
 bool CNTPacket::Write(const void* data, unsigned short n)
@@ -32,12 +30,10 @@ bool CNTPacket::Write(const void* data, unsigned short n)
         return false;
     }
     unsigned char* target = Buffer + BufPoint;
-    if (n != 0) {
+    if (n != 0)
         std::memcpy(target, data, n);
-    }
-    if (ScramblesWrites()) {
+    if (ScramblesWrites())
         Concrete(target, n);
-    }
     Advance(n);
     return true;
 }
@@ -58,9 +54,8 @@ int CNTPacket::Read(void* data, unsigned short n)
         return 0;
     }
     unsigned char* source = Buffer + BufPoint;
-    if (ScramblesReads()) {
+    if (ScramblesReads())
         Concrete(source, static_cast<unsigned short>(count));
-    }
     std::memcpy(data, source, count);
     BufPoint = static_cast<unsigned short>(BufPoint + count);
     return static_cast<int>(count);
@@ -77,18 +72,16 @@ void CNTPacket::WriteString(const char* text)
 {
     const unsigned short n = text ? static_cast<unsigned short>(std::strlen(text)) : 0;
     *this << n;
-    if (n != 0) {
+    if (n != 0)
         Write(text, n);
-    }
 }
 
 void CNTPacket::ReadString(CString& text)
 {
     unsigned short n = 0;
     *this >> n;
-    if (n == 0) {
+    if (n == 0)
         return;
-    }
     const unsigned room = Available(n);
     char* characters = text.GetBuffer(static_cast<int>(room) + 1);
     const int count = room > 0 ? Read(characters, static_cast<unsigned short>(room)) : 0;

@@ -170,9 +170,8 @@ private:
             Write(&bits, sizeof bits);
             return *this;
         }
-        if (ScramblesWrites()) {
+        if (ScramblesWrites())
             bits = static_cast<Bits>(bits ^ KeyOf<Bits>());
-        }
         std::memcpy(Buffer + BufPoint, &bits, sizeof bits);
         Advance(sizeof bits);
         return *this;
@@ -198,9 +197,8 @@ private:
             return *this;
         }
         Bits bits = static_cast<Bits>(value);
-        if (Read(&bits, sizeof bits) > 0) {
+        if (Read(&bits, sizeof bits) > 0)
             value = static_cast<T>(bits);
-        }
         return *this;
     }
     template <class Bits, class T> CNTPacket& GetBits(T& value)

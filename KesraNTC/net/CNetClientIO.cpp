@@ -19,11 +19,10 @@ bool CNetClientIO::MakeCompletePacket(CNTPacket& packet)
     packet.SetBufPoint(0);
     {
         const Locked queueing(QueueLock);
-        if (Flood.empty() && PacketQueue.size() < InitialQueue) {
+        if (Flood.empty() && PacketQueue.size() < InitialQueue)
             PacketQueue.push_back(packet);
-        } else {
+        else
             Flood.insert(Flood.end(), packet.GetBuf(), packet.GetBuf() + packet.GetBufSize());
-        }
     }
     std::memset(Buf, 0, PacketSize);
     RecvStage = PacketSize = RecvSize = 0;

@@ -36,9 +36,8 @@ CNetIO::CNetIO(const CNetIO& other)
 
 CNetIO& CNetIO::operator=(const CNetIO& other)
 {
-    if (this != &other) {
+    if (this != &other)
         CopyFrom(other);
-    }
     return *this;
 }
 
@@ -91,9 +90,8 @@ void CNetIO::BeginConnection()
 void CNetIO::Close()
 {
     const SOCKET socket = Shared(Socket).exchange(INVALID_SOCKET);
-    if (socket == INVALID_SOCKET) {
+    if (socket == INVALID_SOCKET)
         return;
-    }
     const int on = 1;
     setsockopt(socket, SOL_SOCKET, SO_DONTLINGER, reinterpret_cast<const char*>(&on), sizeof on);
     shutdown(socket, SD_BOTH);
@@ -137,22 +135,19 @@ bool CNetIO::IssueNetRead()
     WSABUF buffer{RemainSize, Buf + RecvSize};
     DWORD received = 0;
     DWORD flags = 0;
-    if (WSARecv(Shared(Socket).load(), &buffer, 1, &received, &flags, &OverlappedIN, nullptr) == 0) {
+    if (WSARecv(Shared(Socket).load(), &buffer, 1, &received, &flags, &OverlappedIN, nullptr) == 0)
         return true;
-    }
     const int error = WSAGetLastError();
-    if (error == WSA_IO_PENDING) {
+    if (error == WSA_IO_PENDING)
         return true;
-    }
     LogSocketError("Recv() ", error);
     return false;
 }
 
 unsigned long CNetIO::CollectPacket(unsigned long n)
 {
-    if (RecvStage == 0) {
+    if (RecvStage == 0)
         return CollectHeader(n);
-    }
     if (RemainSize < n) {
         CDebug::AppendDebugMsg("원하는 길이보다 더 긴 메시지가 왔다. 메시지 길이 : %d\n"_949,
                                static_cast<int>(n));
@@ -179,9 +174,8 @@ unsigned long CNetIO::CollectHeader(unsigned long n)
     std::memcpy(header, Buf, sizeof header);
     const unsigned number = header[0];
     const unsigned size = header[1];
-    if (number < LowestUsualNumber || number > HighestUsualNumber) {
+    if (number < LowestUsualNumber || number > HighestUsualNumber)
         CDebug::AppendDebugMsg("패킷의 메시지 번호가 이상하다. 메시지 번호 : %d\n"_949, number);
-    }
     if (size > CNTPacket::Capacity || size < CNTPacket::HeaderSize) {
         CDebug::AppendDebugMsg("메시지가 너무 길다. 패킷번호 : %d --- 메시지길이 : %d\n"_949, number, size);
         return PacketMalformed;
@@ -200,9 +194,8 @@ unsigned long CNetIO::SendPacket(char* data, unsigned long len)
         return SendFailed;
     }
     const Locked sending(Resources->SendLock);
-    if (!WaitForPreviousSend()) {
+    if (!WaitForPreviousSend())
         return SendFailed;
-    }
     // Most sends fit into the socket at once: the sender counts them itself, and nobody is woken.
     WSABUF buffer{static_cast<ULONG>(len), data};
     DWORD sent = 0;
@@ -231,13 +224,11 @@ unsigned long CNetIO::SendRest(const char* data, unsigned long len)
     Resources->IsWriting = true;
     WSABUF buffer{static_cast<ULONG>(len), Resources->Rest};
     DWORD sent = 0;
-    if (WSASend(Shared(Socket).load(), &buffer, 1, &sent, 0, &OverlappedOUT, nullptr) == 0) {
+    if (WSASend(Shared(Socket).load(), &buffer, 1, &sent, 0, &OverlappedOUT, nullptr) == 0)
         return SendStarted;
-    }
     const int error = WSAGetLastError();
-    if (error == WSA_IO_PENDING) {
+    if (error == WSA_IO_PENDING)
         return SendStarted;
-    }
     Resources->IsWriting = false;
     LogSocketError("Send() ", error);
     return SendFailed;
@@ -274,9 +265,8 @@ bool CNetIO::FinishSend(DWORD& error)
         error = 0;
         return true;
     }
-    if (done) {
+    if (done)
         CountSend(sent);
-    }
     Resources->IsWriting = false;
     Resources->SendFinished.Set();
     return done;
@@ -329,23 +319,20 @@ unsigned long CNetIO::GetRecvBytes()
 int CNetIO::SetOption(int option, int value)
 {
     const SOCKET socket = Shared(Socket).load();
-    if (setsockopt(socket, SOL_SOCKET, option, reinterpret_cast<const char*>(&value), sizeof value) != 0) {
+    if (setsockopt(socket, SOL_SOCKET, option, reinterpret_cast<const char*>(&value), sizeof value) != 0)
         return -1;
-    }
     int actual = 0;
     int size = sizeof actual;
-    if (getsockopt(socket, SOL_SOCKET, option, reinterpret_cast<char*>(&actual), &size) != 0) {
+    if (getsockopt(socket, SOL_SOCKET, option, reinterpret_cast<char*>(&actual), &size) != 0)
         return -1;
-    }
     return actual == value ? 0 : 1;
 }
 
 int CNetIO::SetBufferOption(int option, int value)
 {
     const int result = SetOption(option, value);
-    if (result > 0) {
+    if (result > 0)
         CDebug::AppendDebugMsg("Error. setsockopt() didn't work actually.\n");
-    }
     return result == 0 ? 0 : -1;
 }
 

@@ -26,7 +26,8 @@ constexpr std::size_t MarkSize = 4;
 bool IsLong(const Bytes& image)
 {
     return image.size() >= MarkSize &&
-           std::all_of(image.begin(), image.begin() + MarkSize, [](unsigned char byte) { return byte == 0; });
+           std::all_of(
+               image.begin(), image.begin() + MarkSize, [](unsigned char byte) { return byte == 0; });
 }
 
 void PutSize(Bytes& image, std::size_t size)

@@ -18,9 +18,8 @@ public:
     /// Called first on the thread itself. False when another thread has begun as this one before.
     bool Begin()
     {
-        if (Begun.exchange(true)) {
+        if (Begun.exchange(true))
             return false;
-        }
         Current() = this;
         return true;
     }
@@ -44,9 +43,8 @@ public:
     /// On the thread itself: lets go of the receive state, before code of the game and for good at the end.
     void LetGo()
     {
-        if ((State.fetch_or(Away) & Retired) != 0) {
+        if ((State.fetch_or(Away) & Retired) != 0)
             Free.Set();
-        }
     }
     /// Takes the receive state back; false when the thread has been retired meanwhile and must end.
     bool TakeBack()
@@ -59,9 +57,8 @@ public:
     /// is free on return.
     void Retire()
     {
-        if ((State.fetch_or(Retired) & Away) == 0) {
+        if ((State.fetch_or(Retired) & Away) == 0)
             Free.Wait();
-        }
     }
     bool IsRetired() const { return (State.load(std::memory_order_relaxed) & Retired) != 0; }
     /// True for the first caller only: whoever is first decides whether ProcessDisconnection is called.

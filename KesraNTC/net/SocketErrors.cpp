@@ -34,9 +34,7 @@ constexpr SocketErrorText SocketErrorTexts[] = {
 
 void Kesra::LogSocketError(const char* prefix, int error)
 {
-    for (const SocketErrorText& known : SocketErrorTexts) {
-        if (known.Code == error) {
+    for (const SocketErrorText& known : SocketErrorTexts)
+        if (known.Code == error)
             CDebug::AppendDebugMsg("%s%s\n", prefix, known.Text);
-        }
-    }
 }

@@ -15,9 +15,8 @@ public:
     explicit EventHandle(Kind kind) : Handle(CreateEventA(nullptr, kind == ManualReset, FALSE, nullptr)) {}
     ~EventHandle()
     {
-        if (Handle != nullptr) {
+        if (Handle != nullptr)
             CloseHandle(Handle);
-        }
     }
     EventHandle(const EventHandle&) = delete;
     EventHandle& operator=(const EventHandle&) = delete;

@@ -13,10 +13,9 @@ unsigned long CNTMainClient::ProcessPacketFromServer(CNTPacket& packet)
     unsigned short number = 0;
     unsigned short size = 0;
     packet >> number >> size;
-    if (const Kesra::MessageAction take = Kesra::ActionFor(number)) {
+    if (const Kesra::MessageAction take = Kesra::ActionFor(number))
         take(*this, packet);
-    } else {
+    else
         TRACE("Warnning!!! Strange Message Type %d\n", number);
-    }
     return 0;
 }

@@ -20,9 +20,8 @@ CNestedReply::CNestedReply()
 
 CNestedReply::~CNestedReply()
 {
-    if (Event != nullptr) {
+    if (Event != nullptr)
         CloseHandle(Event);
-    }
 }
 
 CNTProxy::CNTProxy() : NextSerial(1), Client(nullptr), PendingCount(0) {}
@@ -39,9 +38,8 @@ void CNTProxy::ProcessProxyError() {}
 CNestedReply* CNTProxy::PreNestedRequestReply()
 {
     std::unique_ptr<CNestedReply> record(new (std::nothrow) CNestedReply);
-    if (record == nullptr) {
+    if (record == nullptr)
         return nullptr;
-    }
     const Locked registering(Lock);
     record->Serial = NextSerial;
     try {
@@ -58,9 +56,8 @@ bool CNTProxy::WaitForNestedRequestReply(CNestedReply* record)
 {
     const bool signalled = WaitForSingleObject(record->Event, Kesra::ReplyTimeLimit) == WAIT_OBJECT_0;
     const bool delivered = Unregister(*record);
-    if (signalled) {
+    if (signalled)
         return true;
-    }
     if (delivered) {
         // The reply came in the last moment; the dispatcher must be done with the event before it is closed.
         WaitForSingleObject(record->Event, INFINITE);
@@ -77,9 +74,8 @@ bool CNTProxy::DeliverReply(short serial, const CNTPacket& reply)
     {
         const Locked delivering(Lock);
         const auto found = Pending.find(serial);
-        if (found == Pending.end()) {
+        if (found == Pending.end())
             return false;
-        }
         found->second->Reply = reply;
         found->second->Delivered = true;
         event = found->second->Event;

@@ -23,7 +23,6 @@ bool CNTProxy_CLToGS::Send(CNTPacket& packet)
 
 void CNTProxy_CLToGS::ProcessProxyError()
 {
-    if (Client != nullptr) {
+    if (Client != nullptr)
         Client->Disconnect();
-    }
 }

@@ -33,14 +33,12 @@ template <int N> void ReadField(CNTPacket& packet, CFixCharString<N>& text)
 template <class T> void ReadField(CNTPacket& packet, std::vector<T>& list)
 {
     short count = 0;
-    if (packet.Read(&count, sizeof count) != sizeof count) {
+    if (packet.Read(&count, sizeof count) != sizeof count)
         return;
-    }
     list.resize(static_cast<std::size_t>(std::max(count, short{0})));
     for (T& element : list) {
-        if (packet.IsAtEnd()) {
+        if (packet.IsAtEnd())
             break;
-        }
         ReadField(packet, element);
     }
 }

@@ -38,9 +38,8 @@ void Deliver(CNTStub_GSToCL& stub, CNTPacket& packet, void (CNTStub_GSToCL::*)(P
 
 template <auto Handler> void TakeNotification(CNTBaseClient& client, CNTPacket& packet)
 {
-    if (client.Stub != nullptr) {
+    if (client.Stub != nullptr)
         Deliver<Handler>(static_cast<CNTStub_GSToCL&>(*client.Stub), packet, Handler);
-    }
 }
 
 template <auto Handler> constexpr MessageRow Notification(MessageNumber number)
@@ -59,9 +58,8 @@ void TakeClock(CNTBaseClient& client, CNTPacket& packet)
 void TakeReply(CNTBaseClient& client, CNTPacket& packet)
 {
     short serial = 0; // no request has this one
-    if (packet.Read(&serial, sizeof serial) == sizeof serial && client.Proxy != nullptr) {
+    if (packet.Read(&serial, sizeof serial) == sizeof serial && client.Proxy != nullptr)
         client.Proxy->DeliverReply(serial, packet);
-    }
 }
 
 constexpr MessageRow MessageRows[] = {
@@ -167,9 +165,8 @@ constexpr unsigned FindDivisor()
             distinct = distinct && !taken[row.Number % divisor];
             taken[row.Number % divisor] = true;
         }
-        if (distinct) {
+        if (distinct)
             return divisor;
-        }
     }
 }
 
@@ -178,9 +175,8 @@ constexpr unsigned Divisor = FindDivisor();
 constexpr std::array<std::uint8_t, Divisor> RowsByRemainder = [] {
     std::array<std::uint8_t, Divisor> rows{};
     rows.fill(NoRow);
-    for (std::size_t i = 0; i < std::size(MessageRows); ++i) {
+    for (std::size_t i = 0; i < std::size(MessageRows); ++i)
         rows[MessageRows[i].Number % Divisor] = static_cast<std::uint8_t>(i);
-    }
     return rows;
 }();
 

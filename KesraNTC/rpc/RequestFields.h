@@ -42,9 +42,8 @@ template <int N> RequestText AsField(const CFixCharString<N>& text)
 template <class T> CNTPacket& operator<<(CNTPacket& packet, const std::vector<T>& list)
 {
     packet << static_cast<short>(list.size());
-    for (const T& element : list) {
+    for (const T& element : list)
         packet << element;
-    }
     return packet;
 }
 inline CNTPacket& operator<<(CNTPacket& packet, const RequestText& text)
@@ -59,13 +58,12 @@ class FieldSize
 public:
     template <class T> FieldSize& operator<<(const T& value)
     {
-        if constexpr (std::is_same_v<T, long> || std::is_same_v<T, unsigned long>) {
+        if constexpr (std::is_same_v<T, long> || std::is_same_v<T, unsigned long>)
             Bytes += 4;
-        } else if constexpr (std::is_arithmetic_v<T>) {
+        else if constexpr (std::is_arithmetic_v<T>)
             Bytes += sizeof value;
-        } else {
+        else
             WriteFields(*this, value);
-        }
         return *this;
     }
     FieldSize& operator<<(const RequestText& text)
@@ -86,17 +84,16 @@ public:
 
     template <class T> FieldWriter& operator<<(const T& value)
     {
-        if constexpr (std::is_same_v<T, long> || std::is_same_v<T, unsigned long>) {
+        if constexpr (std::is_same_v<T, long> || std::is_same_v<T, unsigned long>)
             Put(static_cast<std::uint32_t>(value));
-        } else if constexpr (sizeof(T) == 8 && std::is_arithmetic_v<T>) {
+        else if constexpr (sizeof(T) == 8 && std::is_arithmetic_v<T>)
             PutBits<std::uint64_t>(value);
-        } else if constexpr (sizeof(T) == 4 && std::is_arithmetic_v<T>) {
+        else if constexpr (sizeof(T) == 4 && std::is_arithmetic_v<T>)
             PutBits<std::uint32_t>(value);
-        } else if constexpr (std::is_arithmetic_v<T>) {
+        else if constexpr (std::is_arithmetic_v<T>)
             Put(static_cast<std::make_unsigned_t<std::conditional_t<sizeof(T) == 1, char, short>>>(value));
-        } else {
+        else
             WriteFields(*this, value);
-        }
         return *this;
     }
     FieldWriter& operator<<(const RequestText& text)
@@ -161,11 +158,10 @@ void WriteFieldsAtOnce(CNTPacket& packet, unsigned short number, const Fields&..
 template <class... Fields>
 void BuildRequest(CNTPacket& packet, unsigned short number, const Fields&... fields)
 {
-    if constexpr ((IsList<Fields>::value || ...)) {
+    if constexpr ((IsList<Fields>::value || ...))
         WriteEachField(packet, number, AsField(fields)...);
-    } else {
+    else
         WriteFieldsAtOnce(packet, number, AsField(fields)...);
-    }
 }
 
 } // namespace Kesra

@@ -93,11 +93,10 @@ bool CDRVector::Synchronize()
 
 void CDRVector::MoveRemote(float elapsed)
 {
-    if (State == DR_NEWTARGET) {
+    if (State == DR_NEWTARGET)
         State = DR_FOLLOW;
-    } else {
+    else
         Target.Pos += Travel(Target.Vel, Target.Speed, elapsed);
-    }
     ChaseTarget(elapsed);
     Own.Pos = Follower.Pos;
 }
@@ -117,11 +116,10 @@ void CDRVector::ChaseTarget(float elapsed)
     }
 
     // A target that stands still is approached at the speed at which the follower already moves.
-    if (Target.Speed != 0) {
+    if (Target.Speed != 0)
         Follower.Speed = Target.Speed;
-    } else {
+    else
         Own.Speed = Follower.Speed;
-    }
     const float step = elapsed * Follower.Speed;
 
     const bool shortStep = step > -ShortestStep && step < ShortestStep;

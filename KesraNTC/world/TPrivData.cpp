@@ -147,11 +147,10 @@ void TPrivData::UpdateParamByJewelry(float f1, float f2, float f3, float f4, flo
 
 void TPrivData::UpdateMaxInventorySlot()
 {
-    if (Level >= 60) {
+    if (Level >= 60)
         SetMaxInventorySlot(3);
-    } else if (Level >= 20) {
+    else if (Level >= 20)
         SetMaxInventorySlot(2);
-    }
 }
 
 void TPrivData::UpdateHPRecovery()

@@ -74,9 +74,8 @@ TEST(Debug, FormatsAsStringsDo)
 {
     const LogDirectory directory;
     // Not literals: the compiler checks those against the printf of its own system.
-    for (const char* format : {"%S|%I64d|%lu", static_cast<const char*>(nullptr)}) {
+    for (const char* format : {"%S|%I64d|%lu", static_cast<const char*>(nullptr)})
         CDebug::AppendDebugMsg(format, OLESTR("a\uAC00"), -5LL, 7UL);
-    }
     EXPECT_EQ("a\xB0\xA1|-5|7\r\n\r\n", directory.Log());
 }
 

@@ -41,9 +41,8 @@ TEST(Packet, FreshOneIsEmptyAndZero)
     EXPECT_EQ(packet.GetBufSize(), 0);
     EXPECT_EQ(packet.GetBufPoint(), 0);
     EXPECT_TRUE(packet.IsBufEmpty());
-    for (int i = 0; i < CNTPacket::Capacity; ++i) {
+    for (int i = 0; i < CNTPacket::Capacity; ++i)
         ASSERT_EQ(packet.GetBuf()[i], 0);
-    }
 }
 
 TEST(Packet, HeaderIsPlainAndKeepsTheSize)
@@ -70,16 +69,14 @@ TEST(Packet, EveryWidthIsScrambledFromItsOwnFirstByte)
     double value = 0x0102030405060708.0p0;
     unsigned char image[8];
     std::memcpy(image, &value, sizeof image);
-    for (unsigned i = 0; i < sizeof image; ++i) {
+    for (unsigned i = 0; i < sizeof image; ++i)
         EXPECT_EQ(bytes[7 + i], i % 4 == 0 ? image[i] ^ 0x3C : image[i]) << i;
-    }
 }
 
 TEST(Packet, TheThreePlainNumbers)
 {
-    for (const unsigned short number : std::initializer_list<unsigned short>{747, 486}) {
+    for (const unsigned short number : std::initializer_list<unsigned short>{747, 486})
         EXPECT_EQ(Bytes(Begun(number) << 5, 4), (std::vector<int>{5, 0, 0, 0})) << number;
-    }
     CNTPacket packet = Begun(508);
     packet << 5;
     EXPECT_EQ(packet.GetBuf()[4], 5 ^ 0x3C);

@@ -59,9 +59,8 @@ public:
     }
     void SC_GSList(std::vector<sGS>& servers) override
     {
-        for (const sGS& server : servers) {
+        for (const sGS& server : servers)
             Note("server", server.Value1, std::to_string(server.Value2));
-        }
     }
     void SC_Priv13005(long& first, long& second, long& third) override
     {
@@ -158,9 +157,8 @@ TEST_F(Dispatch, ListsOfEveryCount)
 {
     CNTPacket lists = Begun(SC_WORLD_OBJECT_LISTS);
     lists << static_cast<short>(2);
-    for (int byte = 0; byte < 2 * 32 / 4; ++byte) {
+    for (int byte = 0; byte < 2 * 32 / 4; ++byte)
         lists << byte;
-    }
     lists << static_cast<short>(-5) << static_cast<short>(3);
     Take(lists);
     EXPECT_EQ(Handlers.LastNpcType, TNPC().GetType());
@@ -177,9 +175,8 @@ TEST_F(Dispatch, TheServerListIsReadPlain)
 {
     CNTPacket packet = Begun(SC_GS_LIST);
     const unsigned char payload[] = {2, 0, 1, 0, 2, 0, 3, 0, 0xFF, 0xFF};
-    for (unsigned i = 0; i < sizeof payload; ++i) {
+    for (unsigned i = 0; i < sizeof payload; ++i)
         packet.GetBuf()[4 + i] = payload[i];
-    }
     packet.SetBufSize(4 + sizeof payload);
     Take(packet);
     EXPECT_EQ(Handlers.Calls, (Texts{"server 1 2", "server 3 -1"}));
@@ -211,9 +208,8 @@ TEST_F(Dispatch, UnknownNumbersReachNobody)
 {
     for (const unsigned short number :
          std::initializer_list<unsigned short>{0, 507, 509, 1002, 9999, 10001, 10009, 12001, 12011, 13009,
-                                               16011, 16012, 21012, 29000, 60003, 65535}) {
+                                               16011, 16012, 21012, 29000, 60003, 65535})
         Take(Begun(number) << static_cast<short>(1) << 2);
-    }
     CNTPacket empty;
     Take(empty);
     EXPECT_TRUE(Handlers.Calls.empty());
@@ -294,14 +290,12 @@ TEST_F(Dispatch, EveryMessageCutAtEveryByte)
     int known = 0;
     for (unsigned value = 0; value <= 65535; ++value) {
         const auto number = static_cast<unsigned short>(value);
-        if (ActionFor(number) == nullptr) {
+        if (ActionFor(number) == nullptr)
             continue;
-        }
         ++known;
         CNTPacket packet = Begun(number);
-        for (int i = 0; i < 40; ++i) {
+        for (int i = 0; i < 40; ++i)
             packet << static_cast<short>(i % 5);
-        }
         for (unsigned short size = 0; size <= packet.GetBufSize(); ++size) {
             CNTPacket cut = packet;
             cut.SetBufSize(size);

@@ -116,9 +116,8 @@ TEST(RequestBytes, SerialsCycleAndSendOnlyRequestsTakeNone)
     RecordingProxy proxy;
     proxy.Answer = ResultOnly;
     unsigned long result = 0;
-    for (int i = 1; i <= CNTProxy::LastSerial; ++i) {
+    for (int i = 1; i <= CNTProxy::LastSerial; ++i)
         ASSERT_EQ(proxy.CS_CancelDeleteAvatar(1, result), GS_OK);
-    }
     EXPECT_EQ(proxy.NextSerial, 1);
     proxy.Answer = nullptr;
     proxy.CS_LeaveSession();

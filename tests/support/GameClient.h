@@ -24,9 +24,8 @@ public:
     {
         Lines.emplace_back(text);
         Threads.push_back(std::this_thread::get_id());
-        if (OnChat) {
+        if (OnChat)
             OnChat();
-        }
         Heard.Set();
     }
 
@@ -51,9 +50,8 @@ public:
     void ProcessDisconnection() override
     {
         ++Disconnections;
-        if (OnDisconnection) {
+        if (OnDisconnection)
             OnDisconnection();
-        }
         Disconnected.Set();
     }
 
@@ -61,9 +59,8 @@ public:
     {
         SetServerAddr("127.0.0.1");
         SetServerPort(peer.Port());
-        if (!ConnectToServer()) {
+        if (!ConnectToServer())
             return false;
-        }
         peer.Accept();
         return true;
     }
@@ -74,9 +71,8 @@ public:
     /// Waits until so many bytes have been taken in.
     void WaitForBytes(std::size_t bytes)
     {
-        while (GetRecvBytes() < bytes) {
+        while (GetRecvBytes() < bytes)
             std::this_thread::yield();
-        }
     }
 
     ChatStub Stub;
@@ -96,9 +92,8 @@ inline CNTPacket Chat(const std::string& text)
 
 inline bool GameClient::ConnectAndReceive(Peer& peer)
 {
-    if (!ConnectTo(peer)) {
+    if (!ConnectTo(peer))
         return false;
-    }
     const CNTPacket greeting = Chat("greeting");
     peer.Send(BytesOf(greeting));
     WaitForBytes(greeting.GetBufSize());

@@ -281,20 +281,17 @@ TEST_F(Connection, ConnectingAnewFromBothSides)
 {
     std::atomic<bool> isOver{false};
     Game.OnDisconnection = [&] {
-        if (!isOver) {
+        if (!isOver)
             Game.ConnectToServer();
-        }
     };
     ASSERT_TRUE(Game.ConnectTo(Server));
     std::thread accepting([&] {
-        while (!isOver) {
+        while (!isOver)
             Server.Accept();
-        }
     });
     for (int i = 0; i < 40; ++i) {
-        if (i % 2 == 0) {
+        if (i % 2 == 0)
             Game.Disconnect();
-        }
         EXPECT_TRUE(Game.ConnectToServer());
     }
     isOver = true;
@@ -366,9 +363,8 @@ TEST_F(Connection, SendingMoreThanTheSocketsHold)
     }
     sending.join();
     // The last bytes may have gone out as an overlapped write that the receive thread accounts for.
-    while (Game.GetSendBytes() < packets * bytesEach) {
+    while (Game.GetSendBytes() < packets * bytesEach)
         std::this_thread::yield();
-    }
     EXPECT_EQ(Game.GetSendBytes(), packets * bytesEach);
     Game.InitSendBytes();
     EXPECT_EQ(Game.GetSendBytes(), 0U);
@@ -404,9 +400,8 @@ TEST_F(Connection, EveryByteLeavesOnceWhileTheServerTalks)
         }
     }
     talking.join();
-    while (Game.IsConnected() && Game.GetSendBytes() < sent.size()) {
+    while (Game.IsConnected() && Game.GetSendBytes() < sent.size())
         std::this_thread::yield();
-    }
     EXPECT_EQ(Game.GetSendBytes(), sent.size());
     EXPECT_TRUE(received == sent) << received.size() << " bytes of " << sent.size();
 }
@@ -420,9 +415,8 @@ TEST_F(Connection, DisconnectFreesASenderThatWaits)
         while (Game.SendToServer(packet) == 0) {
         }
     });
-    while (Game.GetSendBytes() < 100000) {
+    while (Game.GetSendBytes() < 100000)
         std::this_thread::yield();
-    }
     Game.Disconnect();
     sending.join();
     Game.WaitForEnd();
@@ -536,9 +530,8 @@ TEST_F(ShortLimit, AskedFromAHandlerItRunsOut)
     Server.Send(BytesOf(Chat("ask")));
     Game.WaitForBytes(Chat("ask").GetBufSize());
     std::thread answering([&] {
-        if (Server.Receive(8).size() == 8) {
+        if (Server.Receive(8).size() == 8)
             Server.Send(BytesOf(Reply(1, 7)));
-        }
     });
     Game.ProcessQueuedMessageFromServer();
     EXPECT_EQ(outcome, GS_REPLY_ERROR);
@@ -576,9 +569,8 @@ std::ptrdiff_t Entries(const char* folder)
 TEST_F(Connection, LeavesNoDescriptor)
 {
     const char* descriptors = "/proc/self/fd";
-    if (!std::filesystem::exists(descriptors)) {
+    if (!std::filesystem::exists(descriptors))
         GTEST_SKIP() << "this system does not list descriptors";
-    }
     const auto cycle = [this] {
         GameClient client;
         ASSERT_TRUE(client.ConnectTo(Server));
@@ -588,13 +580,11 @@ TEST_F(Connection, LeavesNoDescriptor)
     };
     cycle();
     const std::ptrdiff_t before = Entries(descriptors);
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 20; ++i)
         cycle();
-    }
     // A receive thread gives its own descriptor back as it exits, just after its client's wait for it.
-    for (int i = 0; i < 10000 && Entries(descriptors) > before; ++i) {
+    for (int i = 0; i < 10000 && Entries(descriptors) > before; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
     EXPECT_LE(Entries(descriptors), before);
 }
 

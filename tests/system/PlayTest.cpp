@@ -21,9 +21,8 @@ class SightStub : public CNTStub_Quiet
 public:
     void SC_AvatarList(std::vector<TAvatar>& avatars) override
     {
-        for (TAvatar& avatar : avatars) {
+        for (TAvatar& avatar : avatars)
             SC_Avatar(avatar);
-        }
     }
     void SC_Avatar(TAvatar& avatar) override { Avatars[std::string(avatar.GetNickname())] = avatar.GetID(); }
     void SC_Chat(short&, CFixCharString<200>& text) override { Lines.emplace_back(text); }
@@ -53,9 +52,8 @@ public:
         unsigned short number = 0;
         unsigned short size = 0;
         own >> number >> size;
-        if (number != GAME_PROPERTIES) {
+        if (number != GAME_PROPERTIES)
             return CNTMainClient::ProcessPacketFromServer(packet);
-        }
         own >> Echoed;
         HasEcho = own.IsAtEnd();
         return 0;

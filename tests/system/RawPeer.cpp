@@ -34,9 +34,8 @@ RawPeer::Bytes RawPeer::ReadPacket()
     Bytes packet(4);
     asio::error_code error;
     asio::read(Inner->Socket, asio::buffer(packet), error);
-    if (error) {
+    if (error)
         return {};
-    }
     unsigned short size;
     std::memcpy(&size, packet.data() + 2, sizeof size);
     packet.resize(size);

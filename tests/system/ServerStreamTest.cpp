@@ -39,9 +39,8 @@ Bytes Header(unsigned short number, unsigned short size)
 unsigned short NumberOf(const Bytes& packet)
 {
     unsigned short number = 0;
-    if (packet.size() >= sizeof number) {
+    if (packet.size() >= sizeof number)
         std::memcpy(&number, packet.data(), sizeof number);
-    }
     return number;
 }
 
@@ -76,9 +75,8 @@ unsigned long ResultOf(const Bytes& bytes)
 Bytes ReadUntil(RawPeer& peer, unsigned short number)
 {
     Bytes packet = peer.ReadPacket();
-    while (!packet.empty() && NumberOf(packet) != number) {
+    while (!packet.empty() && NumberOf(packet) != number)
         packet = peer.ReadPacket();
-    }
     return packet;
 }
 
@@ -178,18 +176,16 @@ TEST(ServerStream, TakesPacketsInAnyPieces)
 {
     GameServer server(QuietOptions());
     RawPeer peer(server.GetPort());
-    for (const unsigned char octet : LogonRequest()) {
+    for (const unsigned char octet : LogonRequest())
         peer.Send(&octet, 1);
-    }
     EXPECT_EQ(NumberOf(peer.ReadPacket()), GS_REPLY_10002);
 
     // More than the server's buffer holds at once, so that packets also straddle its end.
     constexpr int requests = 5000;
     Bytes dense;
     const Bytes one = Request(CS_CREATE_AVATAR, Serial, short{9}, "Nobody", short{1});
-    for (int i = 0; i < requests; ++i) {
+    for (int i = 0; i < requests; ++i)
         dense.insert(dense.end(), one.begin(), one.end());
-    }
     peer.Send(dense);
     for (int i = 0; i < requests; ++i) {
         const Bytes reply = ReadUntil(peer, GS_REPLY_10003);
@@ -212,9 +208,8 @@ TEST(ServerStream, IgnoresMalformedPayloads)
     const Bytes nan = Request(CS_AVATAR_MOVE, std::numeric_limits<float>::quiet_NaN(), 0.0F, 0.0F, 0.0F,
                               static_cast<unsigned short>(1), 1UL);
     const Bytes unknown = Request(static_cast<MessageNumber>(2001));
-    for (const Bytes& bytes : {tooShort, tooLong, overlong, BytesOf(claims), unknown}) {
+    for (const Bytes& bytes : {tooShort, tooLong, overlong, BytesOf(claims), unknown})
         speaker.Send(bytes);
-    }
     speaker.Send(nan);
     speaker.Send(Request(CS_CHAT, "the only line"));
     EXPECT_TRUE(server.WaitFor([](const ServerCounters& c) { return c.Ignored == 5; }));
@@ -237,9 +232,8 @@ TEST(ServerStream, WithstandsRandomRequests)
     std::mt19937 random(20240229);
     unsigned sent = 0;
     for (unsigned short number = CS_LOGON; number <= CS_GM_STEAL_ITEM; ++number) {
-        if (FindRequest(number) == nullptr || number == CS_GM_PURGE_AVATAR) {
+        if (FindRequest(number) == nullptr || number == CS_GM_PURGE_AVATAR)
             continue;
-        }
         for (int i = 0; i < 60; ++i) {
             CNTPacket packet = MessageOf(static_cast<MessageNumber>(number));
             // Small numbers meet real sessions, items and avatars more often than wild ones.

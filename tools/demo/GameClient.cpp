@@ -20,9 +20,8 @@ void Count(Traffic& traffic, const CNTPacket& packet)
 unsigned Traffic::Total() const
 {
     unsigned total = 0;
-    for (const auto& [number, count] : Packets) {
+    for (const auto& [number, count] : Packets)
         total += count;
-    }
     return total;
 }
 

@@ -16,9 +16,8 @@ constexpr std::chrono::milliseconds ClockInterval{1000};
 bool SetServer(const std::string& text, StoryOptions& options)
 {
     const std::size_t colon = text.rfind(':');
-    if (colon == std::string::npos) {
+    if (colon == std::string::npos)
         return false;
-    }
     options.Address = text.substr(0, colon);
     options.Port = static_cast<unsigned short>(std::strtoul(text.c_str() + colon + 1, nullptr, 10));
     return options.Port != 0;
@@ -62,9 +61,8 @@ int main(int argc, char** argv)
             options.Suffix =
                 std::to_string(std::chrono::system_clock::now().time_since_epoch().count() % 100'000'000);
             options.Master = account->count() > 0;
-            if (!options.Master) {
+            if (!options.Master)
                 options.MasterAccount += options.Suffix;
-            }
         }
         std::cout << "Playing on " << options.Address << ":" << options.Port << std::endl;
         Story story(options);

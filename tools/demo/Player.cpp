@@ -38,13 +38,11 @@ void Player::Frame(float seconds)
         const std::lock_guard lock(Mutex);
         events.swap(Noted);
     }
-    for (const auto& event : events) {
+    for (const auto& event : events)
         event();
-    }
 
-    for (auto& [id, avatar] : Avatars) {
+    for (auto& [id, avatar] : Avatars)
         avatar.GetDRVector()->Move(seconds, 0);
-    }
     CNTVector position = Own.GetPos();
     CNTVector step = Own.GetVel();
     step *= Own.GetSpeed() * seconds;
@@ -76,9 +74,8 @@ void Player::Tell(const std::string& what)
 
 bool Player::Take(unsigned short number)
 {
-    if (Taken[number] >= Received[number]) {
+    if (Taken[number] >= Received[number])
         return false;
-    }
     ++Taken[number];
     return true;
 }
@@ -98,9 +95,8 @@ void Player::Note(std::function<void()> event)
 
 std::string Player::NameOf(unsigned long id)
 {
-    if (id == ID) {
+    if (id == ID)
         return Name;
-    }
     const auto found = Avatars.find(id);
     return found == Avatars.end() ? Words("object ", id)
                                   : Kesra::Utf8Text(static_cast<const char*>(found->second.GetNickname()));
@@ -130,9 +126,8 @@ void Player::SC_AvatarMove(short& who, CDRVector& movement, unsigned short&, uns
 {
     Note([this, who, movement] {
         const auto found = Avatars.find(static_cast<unsigned long>(who));
-        if (found == Avatars.end()) {
+        if (found == Avatars.end())
             return;
-        }
         CNTVector position = movement.GetPos();
         CNTVector direction = DirectionOf(movement.GetAY());
         found->second.GetDRVector()->SetTarget(position, direction, movement.GetSpeed(), movement.GetAY());

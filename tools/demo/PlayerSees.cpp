@@ -82,9 +82,8 @@ void Player::SC_Avatar(TAvatar& avatar)
     Note([this, avatar] {
         const bool fresh = Avatars.count(avatar.GetID()) == 0;
         Meet(avatar);
-        if (fresh) {
+        if (fresh)
             Tell("sees " + NameOf(avatar.GetID()) + " arrive");
-        }
     });
 }
 
@@ -92,12 +91,10 @@ void Player::SC_WorldObjectLists(std::vector<TWorldItem>& items, std::vector<TMo
                                  std::vector<TNPC>& npcs)
 {
     Note([this, items, monsters, npcs = npcs.size()] {
-        for (const TMonster& monster : monsters) {
+        for (const TMonster& monster : monsters)
             Monsters.emplace(monster.GetID(), monster);
-        }
-        for (const TWorldItem& item : items) {
+        for (const TWorldItem& item : items)
             Ground.emplace(item.GetID(), item);
-        }
         Tell(Words("sees ", items.size(), " item on the ground, ", monsters.size(), " monsters and ", npcs,
                    " villagers"));
     });
@@ -350,9 +347,8 @@ void Player::SC_Event12006(long& target, short& damage, char& outcome)
 {
     const bool killed = outcome == static_cast<char>(Kesra::Outcome::Killed);
     Note([this, target, damage, killed] {
-        if (killed) {
+        if (killed)
             Monsters.erase(static_cast<unsigned long>(target));
-        }
         Tell(Words("sees monster ", target, " take ", damage, killed ? ", its last" : ""));
     });
 }

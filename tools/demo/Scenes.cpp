@@ -141,7 +141,8 @@ void Story::WalkAround()
     }
     Mina.Walk(Mina.Own.GetAY(), 0);
     Joon.Walk(Joon.Own.GetAY(), 0);
-    Expect("Joon sees Mina where she stands", [&] { return distance(Joon, Mina) < closeBy; });
+    Expect(
+        "Joon sees Mina where she stands", [&] { return distance(Joon, Mina) < closeBy; });
     Expect("Mina sees Joon where he stands", [&] { return distance(Mina, Joon) < closeBy; });
     for (Player* player : {&Mina, &Joon}) {
         const CNTVector position = player->Own.GetPos();
@@ -255,11 +256,9 @@ void Story::Trade()
     std::vector<TItem> items;
     std::vector<TItem> nothing;
     std::vector<TSkill> skills;
-    for (TItem& item : Joon.Items) {
-        if (item.GetItemID() == Sword) {
+    for (TItem& item : Joon.Items)
+        if (item.GetItemID() == Sword)
             items.push_back(item);
-        }
-    }
     Joon.Proxy.CS_Dealing(Mina.ID, items, skills, 0);
     Await(Mina, SC_DEALING);
     Mina.Proxy.CS_Dealing(Joon.ID, nothing, skills, 50);
@@ -326,7 +325,8 @@ void Story::CommandAsMaster()
     Mina.Tell(Words("reads that ", Joon.Name, " has level ", data.GetLevel()));
     short session = 0;
     CNTVector position;
-    Ask(Mina, "CS_GM_Move_To_Avatar",
+    Ask(
+        Mina, "CS_GM_Move_To_Avatar",
         [&](unsigned long& result) { return mina.CS_GM_Move_To_Avatar(joon, session, position, result); });
     Ask(Mina, "CS_GM_Move_To_Position",
         [&](unsigned long& result) { return mina.CS_GM_Move_To_Position(2, CNTVector(10, 0, 20), result); });

@@ -48,9 +48,8 @@ bool Story::Play()
         MakeParty();
         Trade();
         Fight();
-        if (Options.Master) {
+        if (Options.Master)
             CommandAsMaster();
-        }
         Travel();
         SayGoodbye();
         Summarize();
@@ -73,9 +72,8 @@ void Story::Frame()
 
 void Story::Require(const std::string& what, bool isSo)
 {
-    if (!isSo) {
+    if (!isSo)
         throw Disappointment(what);
-    }
 }
 
 void Story::Expect(const std::string& what, const std::function<bool()>& condition)
@@ -83,16 +81,16 @@ void Story::Expect(const std::string& what, const std::function<bool()>& conditi
     const double until = Book.Seconds() + Patience;
     do {
         Frame();
-        if (condition()) {
+        if (condition())
             return;
-        }
     } while (Book.Seconds() < until);
     Require(what, false);
 }
 
 void Story::Await(Player& player, unsigned short number)
 {
-    Expect(Words(player.Name, " receives message ", number), [&] { return player.Take(number); });
+    Expect(
+        Words(player.Name, " receives message ", number), [&] { return player.Take(number); });
 }
 
 void Story::Ask(Player& player, const std::string& name,
@@ -102,9 +100,8 @@ void Story::Ask(Player& player, const std::string& name,
     const double begun = Book.Seconds();
     const GS_RESULT reply = request(result);
     const double passed = (Book.Seconds() - begun) * 1000;
-    if (reply != GS_OK || result != 0) {
+    if (reply != GS_OK || result != 0)
         throw Disappointment(Words(name, " answers ", reply, " with the result ", result));
-    }
     RoundTrips.push_back(passed);
     char milliseconds[32];
     std::snprintf(milliseconds, sizeof milliseconds, "%.2f", passed);

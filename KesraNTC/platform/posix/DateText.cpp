@@ -94,10 +94,9 @@ public:
 
     bool Parse(DATE& date)
     {
-        while (At < Tokens.size()) {
+        while (At < Tokens.size())
             if (!ParseElement())
                 return false;
-        }
         if (Numbers.empty() && Month == 0) {
             date = static_cast<double>(Fields.Seconds) / SecondsPerDay;
             return HasTime;

@@ -91,10 +91,9 @@ void AdvanceOperations(EventObject* const* events, DWORD count)
 
 bool ConsumeFirst(EventObject* const* events, DWORD count, DWORD& index)
 {
-    for (index = 0; index < count; ++index) {
+    for (index = 0; index < count; ++index)
         if (events[index]->Consume())
             return true;
-    }
     return false;
 }
 

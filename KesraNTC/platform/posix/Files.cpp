@@ -203,18 +203,20 @@ DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, DWORD metho
 
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, OVERLAPPED* overlapped)
 {
-    return MoveBytes(file, size, read, overlapped,
-                     [buffer](int descriptor, std::size_t offset, std::size_t count) {
-                         return ::read(descriptor, static_cast<char*>(buffer) + offset, count);
-                     });
+    return MoveBytes(
+        file, size, read, overlapped,
+        [buffer](int descriptor, std::size_t offset, std::size_t count) {
+            return ::read(descriptor, static_cast<char*>(buffer) + offset, count);
+        });
 }
 
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, OVERLAPPED* overlapped)
 {
-    return MoveBytes(file, size, written, overlapped,
-                     [buffer](int descriptor, std::size_t offset, std::size_t count) {
-                         return ::write(descriptor, static_cast<const char*>(buffer) + offset, count);
-                     });
+    return MoveBytes(
+        file, size, written, overlapped,
+        [buffer](int descriptor, std::size_t offset, std::size_t count) {
+            return ::write(descriptor, static_cast<const char*>(buffer) + offset, count);
+        });
 }
 
 BOOL DeleteFileA(LPCSTR name)

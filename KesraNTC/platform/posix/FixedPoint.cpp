@@ -64,10 +64,9 @@ bool FixedFromDouble(double real, int digits, FixedPoint& value)
     std::from_chars(exponent + (*exponent == '+' ? 1 : 0), written.ptr, power);
 
     value = FixedPoint{std::signbit(real), 0, digits - 1 - power};
-    for (const char* at = text.data(); *at != 'e'; ++at) {
+    for (const char* at = text.data(); *at != 'e'; ++at)
         if (*at != '.')
             value.Magnitude = value.Magnitude * 10 + static_cast<unsigned>(*at - '0');
-    }
     return Normalize(value);
 }
 

@@ -26,10 +26,9 @@ void LockContendedWord(std::uint32_t& word)
     // The sections are short: with a second processor at work the holder is nearly done.
     static const int spins = std::thread::hardware_concurrency() > 1 ? 200 : 0;
     const std::atomic_ref state(word);
-    for (int spin = 0; spin < spins; ++spin) {
+    for (int spin = 0; spin < spins; ++spin)
         if (state.load(std::memory_order_relaxed) == LockFree && TryLockWord(word))
             return;
-    }
     while (state.exchange(LockContended, std::memory_order_acquire) != LockFree)
         FutexWait(&word, LockContended, nullptr);
 }

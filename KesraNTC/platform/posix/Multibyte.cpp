@@ -113,7 +113,8 @@ int _setmbcp(int codePage)
 
 int _mbscmp(const unsigned char* left, const unsigned char* right)
 {
-    return CompareMapped(left, right, [](unsigned int character) { return character; });
+    return CompareMapped(
+        left, right, [](unsigned int character) { return character; });
 }
 
 int _mbsicmp(const unsigned char* left, const unsigned char* right)

@@ -136,10 +136,9 @@ HRESULT CopyElements(const SAFEARRAY* source, SAFEARRAY* target)
         return result;
     case VT_UNKNOWN:
     case VT_DISPATCH:
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < count; ++i)
             if (IUnknown* const object = static_cast<IUnknown**>(source->pvData)[i])
                 object->AddRef();
-        }
         [[fallthrough]];
     default:
         std::memcpy(target->pvData, source->pvData, count * source->cbElements);
@@ -161,10 +160,9 @@ void ClearElements(SAFEARRAY* array)
         break;
     case VT_UNKNOWN:
     case VT_DISPATCH:
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < count; ++i)
             if (IUnknown* const object = static_cast<IUnknown**>(array->pvData)[i])
                 object->Release();
-        }
         break;
     default:
         break;

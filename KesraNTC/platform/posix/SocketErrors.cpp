@@ -57,10 +57,9 @@ constexpr ErrorPair ErrorTable[] = {
 
 int SocketErrorFromErrno(int code)
 {
-    for (const ErrorPair& pair : ErrorTable) {
+    for (const ErrorPair& pair : ErrorTable)
         if (pair.System == code)
             return pair.Socket;
-    }
     return WSAENETDOWN;
 }
 

@@ -70,10 +70,9 @@ void Waker::Poll(pollfd* descriptors, std::size_t count, const timespec* deadlin
     const timespec brief{0, 5000000};
     if (WakeDescriptor < 0 && (limit == nullptr || left.tv_sec != 0 || left.tv_nsec > brief.tv_nsec))
         limit = &brief;
-    if (!BeginRest(Polling) || ppoll(descriptors, count + 1, limit, nullptr) < 0) {
+    if (!BeginRest(Polling) || ppoll(descriptors, count + 1, limit, nullptr) < 0)
         for (std::size_t i = 0; i <= count; ++i)
             descriptors[i].revents = 0;
-    }
     State.exchange(Awake, std::memory_order_acq_rel);
     eventfd_t drained;
     if ((descriptors[count].revents & POLLIN) != 0)
