@@ -89,6 +89,10 @@ void CNetIO::BeginConnection()
 
 void CNetIO::Close()
 {
+    // ProcessDisconnection may connect again or delete this object while the operations end one by one: its
+    // own call waits here until none of them is left, and nothing of this object is touched after the first.
+    const std::shared_ptr<IoResources> resources = Resources;
+    const Locked closing(resources->CloseLock);
     const SOCKET socket = Shared(Socket).exchange(INVALID_SOCKET);
     if (socket == INVALID_SOCKET)
         return;

@@ -19,6 +19,7 @@ struct IoResources {
     CLock SendLock; ///< one sender at a time, also while it waits for the previous write
     CLock
         WriteLock; ///< OverlappedOUT, while a write begins and while somebody looks whether it has completed
+    CLock CloseLock; ///< a socket being closed, until nothing is outstanding on it; innermost
     /// A write is outstanding: whoever finds it complete accounts for it, and only then may the next one
     /// begin. Changed under WriteLock.
     std::atomic<bool> IsWriting{false};

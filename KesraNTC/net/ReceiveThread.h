@@ -33,6 +33,7 @@ public:
     /// Instead of Begin and End, by the client, when the thread could not be started.
     void NeverBegan()
     {
+        Begun = true;
         LetGo();
         Ended.Set();
     }

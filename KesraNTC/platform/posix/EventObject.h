@@ -32,7 +32,12 @@ public:
                                               std::memory_order_relaxed));
     }
 
-    void Reset() { State.fetch_and(~Signaled, std::memory_order_acq_rel); }
+    void Reset()
+    {
+        // A thread on its way to sleep may hold the signal for a moment and give it back.
+        if ((State.fetch_and(~Signaled, std::memory_order_acq_rel) & HasSleepers) != 0)
+            ResetWithSleepers();
+    }
 
     /// True when the event was set; an auto-reset event is reset by that.
     bool Consume()
@@ -51,6 +56,7 @@ private:
     static constexpr std::uint32_t HasSleepers = 2;
 
     void SetWithSleepers();
+    void ResetWithSleepers();
 
     const bool ManualReset;
     // HasSleepers stands exactly while the wait queue holds an entry of this event.

@@ -26,7 +26,8 @@ public:
     /// False when the socket was closed before.
     bool Close(SOCKET socket);
 
-    /// Under the lock of a transfer: Close does not get past that lock, so the descriptor stays open.
+    /// The descriptor stays open for as long as the caller has a pin or the lock of a transfer, which Close
+    /// does not get past.
     bool IsOpen(SOCKET socket) const { return IsOpenAs(Life.load(std::memory_order_acquire), socket); }
 
     bool Pin(SOCKET socket);

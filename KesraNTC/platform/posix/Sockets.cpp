@@ -33,6 +33,14 @@ int FailSystemCall(const SocketPin& pin)
     return FailSocketCall(pin->IsNonBlocking.load(std::memory_order_relaxed) ? WSAEWOULDBLOCK : WSAETIMEDOUT);
 }
 
+/// The same for a call that may have waited: closing the socket ends it, and a reset is kept for later calls.
+int FailWaitingCall(const SocketPin& pin, SOCKET socket)
+{
+    if (!pin->IsOpen(socket))
+        return FailSocketCall(WSAEINTR);
+    return errno == EAGAIN ? FailSystemCall(pin) : FailSocketCall(pin->NoteError(errno));
+}
+
 /// A connection attempt that a signal interrupted goes on by itself: wait for its end.
 int FinishConnecting(const SocketPin& pin)
 {
@@ -173,7 +181,7 @@ SOCKET accept(SOCKET socket, sockaddr* address, int* size)
         descriptor = ::accept4(pin.Descriptor(), address, lengthOut, SOCK_CLOEXEC);
     } while (descriptor < 0 && errno == EINTR);
     if (descriptor < 0) {
-        FailSystemCall(pin);
+        FailWaitingCall(pin, socket);
         return INVALID_SOCKET;
     }
     if (size != nullptr)
@@ -203,6 +211,9 @@ int shutdown(SOCKET socket, int how)
         return SOCKET_ERROR;
     if (how != SD_RECEIVE && how != SD_SEND && how != SD_BOTH)
         return FailSocketCall(WSAEINVAL);
+    // Refused, it leaves the socket as it is: a connection may still be made.
+    if (!pin->HadPeer.load(std::memory_order_relaxed))
+        return FailSocketCall(WSAENOTCONN);
     // The reader must not take our own end for the peer's: its operation ends before the system hears of
     // this.
     if (how != SD_SEND)
@@ -228,7 +239,9 @@ int Kesra::ReceiveFromSocket(SOCKET socket, char* data, int size, int flags)
     do {
         count = ::recv(pin.Descriptor(), data, static_cast<std::size_t>(size), 0);
     } while (count < 0 && errno == EINTR);
-    return count >= 0 ? static_cast<int>(count) : FailSystemCall(pin);
+    // The end of the stream is our own when the socket was closed meanwhile.
+    const bool isCut = count == 0 && size != 0 && !pin->IsOpen(socket);
+    return count >= 0 && !isCut ? static_cast<int>(count) : FailWaitingCall(pin, socket);
 }
 
 int Kesra::SendToSocket(SOCKET socket, const char* data, int size, int flags)
@@ -248,7 +261,7 @@ int Kesra::SendToSocket(SOCKET socket, const char* data, int size, int flags)
         const auto left = static_cast<std::size_t>(size - done);
         const ssize_t count = ::send(pin.Descriptor(), data + done, left, MSG_NOSIGNAL);
         if (count < 0 && errno != EINTR)
-            return FailSystemCall(pin);
+            return FailWaitingCall(pin, socket);
         done += static_cast<int>(std::max<ssize_t>(count, 0));
     }
     return done;
@@ -305,7 +318,7 @@ BOOL WSAGetOverlappedResult(SOCKET socket, OVERLAPPED* overlapped, DWORD* transf
             slot->Write.AdvanceIf(overlapped);
         }
     } else if (state.IsPending() && WaitForSingleObject(overlapped->hEvent, INFINITE) == WAIT_FAILED) {
-        FailSocketCall(WSA_INVALID_PARAMETER);
+        FailSocketCall(WSA_INVALID_HANDLE);
         return FALSE;
     }
     if (state.IsPending()) {

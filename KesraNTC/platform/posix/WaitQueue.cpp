@@ -53,8 +53,9 @@ void WaitQueue::Enter(WaitEntry& entry)
     if (!event->Consume())
         return;
     if (!entry.Outcome->Decide(entry.Index)) {
-        // Another event was quicker: this signal is somebody else's.
-        HandOver(event, wakes);
+        // Another event was quicker: this signal is somebody else's. A manual-reset event still has it.
+        if (!event->ManualReset)
+            HandOver(event, wakes);
         return;
     }
     Unlink(entry);
@@ -77,6 +78,12 @@ void WaitQueue::Set(EventObject* event)
     WakeList wakes;
     const std::lock_guard guard(Lock);
     HandOver(event, wakes);
+}
+
+void WaitQueue::Reset(EventObject* event)
+{
+    const std::lock_guard guard(Lock);
+    event->State.fetch_and(~EventObject::Signaled, std::memory_order_acq_rel);
 }
 
 void WaitQueue::HandOver(EventObject* event, WakeList& wakes)
@@ -152,6 +159,11 @@ WaitEntry* WaitQueue::FindEntry(const EventObject* event, WaitEntry* from) const
 void EventObject::SetWithSleepers()
 {
     WaitQueue::Of(this).Set(this);
+}
+
+void EventObject::ResetWithSleepers()
+{
+    WaitQueue::Of(this).Reset(this);
 }
 
 } // namespace Kesra

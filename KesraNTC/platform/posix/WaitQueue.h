@@ -73,6 +73,7 @@ public:
     void Leave(WaitEntry& entry);
 
     void Set(EventObject* event);
+    void Reset(EventObject* event);
 
     /// Binds the operation that is going to set the event and tells the sleepers. An event serves one
     /// operation at a time: false when it has one.

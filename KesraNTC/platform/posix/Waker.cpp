@@ -5,18 +5,24 @@
 
 #include <sys/eventfd.h>
 #include <unistd.h>
+#include <utility>
 
 namespace Kesra
 {
 
 Waker& Waker::Current()
 {
+    // The pointer outlives its owner: a global object's destructor may wait, too, after the main thread has
+    // destroyed its thread-local ones. What is made then stays until the end of the process.
+    static thread_local constinit Waker* own = nullptr;
     struct Owner {
-        Waker* Own = new Waker;
-        ~Owner() { Own->Release(); }
+        ~Owner() { std::exchange(own, nullptr)->Release(); }
     };
-    static thread_local Owner owner;
-    return *owner.Own;
+    if (own == nullptr) {
+        own = new Waker;
+        static thread_local const Owner owner;
+    }
+    return *own;
 }
 
 Waker::~Waker()

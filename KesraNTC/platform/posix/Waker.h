@@ -43,7 +43,8 @@ private:
 
     std::atomic<std::uint32_t> State{Awake};
     std::atomic<std::uint32_t> References{1};
-    int WakeDescriptor = -1;
+    // Opened on the thread itself; a late Notify may read it meanwhile when there was none before.
+    std::atomic<int> WakeDescriptor{-1};
 };
 
 } // namespace Kesra
