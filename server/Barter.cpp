@@ -19,6 +19,7 @@ bool Owns(Character& owner, const TItem& offered)
 {
     const TItem* item = owner.FindItem(offered.GetItemIndex());
     return item != nullptr && item->GetItemSlotIndex() > 0 && item->GetItemID() == offered.GetItemID() &&
+           item->GetItemOptionID() == offered.GetItemOptionID() &&
            item->GetTempUUID() == offered.GetTempUUID() && offered.GetItemCount() >= 1 &&
            offered.GetItemCount() <= item->GetItemCount();
 }
@@ -27,7 +28,7 @@ bool Owns(Character& owner, const TSkill& offered)
 {
     const TSkill* skill = owner.FindSkill(offered.GetSkillIndex());
     return skill != nullptr && skill->GetSkillID() == offered.GetSkillID() &&
-           skill->GetTempUUID() == offered.GetTempUUID();
+           skill->GetSkillExp() == offered.GetSkillExp() && skill->GetTempUUID() == offered.GetTempUUID();
 }
 
 bool Owns(Character& owner, const Offer& offer)

@@ -158,6 +158,17 @@ TSkill* Character::AddSkill(long id, long experience, short index)
     return &Skills.back();
 }
 
+bool Character::MoveSkill(TSkill& skill, short index)
+{
+    if (index < FirstSkillIndex || index > LastSkillIndex || FindSkill(index) != nullptr)
+        return false;
+    for (short group = 1; group <= 4; ++group)
+        if (Priv.GetSelectSkillIndex(group) == skill.GetSkillIndex())
+            Priv.SetSelectSkillIndex(group, index);
+    skill.SetSkillIndex(index);
+    return true;
+}
+
 void Character::RemoveSkill(short index)
 {
     for (short group = 1; group <= 4; ++group)

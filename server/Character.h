@@ -53,6 +53,8 @@ public:
 
     TSkill* FindSkill(short index);
     TSkill* AddSkill(long id, long experience, short index = 0);
+    /// Moves a skill, chosen ones included; false when the index is none or taken.
+    bool MoveSkill(TSkill& skill, short index);
     void RemoveSkill(short index);
     bool HasRoomForSkills(std::size_t skills) const;
 

@@ -14,6 +14,9 @@ constexpr std::size_t WaitingLimit = 8 * 1024 * 1024;
 /// How long an ended connection waits for its peer to close as well.
 constexpr std::chrono::seconds DrainLimit{5};
 
+/// How long a connection that is to end waits for its peer to take what is still to be written.
+constexpr std::chrono::seconds ClosingLimit{20};
+
 /// Turns a serial into one that no request carries: requests count from 1 to 10000.
 constexpr unsigned char WrongSerialBit = 0x40;
 
@@ -37,6 +40,7 @@ Connection::Connection(asio::ip::tcp::socket socket, PeerID id, const Faults& fa
                        Recorder& recorder)
     : Socket(std::move(socket)),
       PieceTimer(Socket.get_executor()),
+      EndTimer(Socket.get_executor()),
       Number(id),
       Fault(faults),
       Owner(owner),
@@ -61,7 +65,7 @@ void Connection::Read()
     Socket.async_read_some(room, [self = shared_from_this()](asio::error_code error, std::size_t bytes) {
         self->Reading = false;
         if (self->Ended) {
-            self->Drain();
+            self->DrainNext();
             return;
         }
         if (error) {
@@ -249,6 +253,11 @@ void Connection::CloseWhenSent(const std::string& why)
         return;
     Closing = true;
     ClosingWhy = why;
+    EndTimer.expires_after(ClosingLimit);
+    EndTimer.async_wait([self = shared_from_this()](asio::error_code error) {
+        if (!error)
+            self->End(self->ClosingWhy, false);
+    });
     WriteNext();
 }
 
@@ -273,6 +282,8 @@ void Connection::End(const std::string& why, bool malformed)
         return;
     Ended = true;
     PieceTimer.cancel();
+    EndTimer.cancel();
+    Waiting = {};
     asio::error_code ignored;
     Socket.shutdown(asio::socket_base::shutdown_send, ignored);
     Drain();
@@ -285,15 +296,17 @@ void Connection::End(const std::string& why, bool malformed)
 /// destroy what is still on its way to the peer.
 void Connection::Drain()
 {
-    if (Reading || !Socket.is_open())
+    if (!Socket.is_open())
         return;
-    PieceTimer.expires_after(DrainLimit);
-    PieceTimer.async_wait([self = shared_from_this()](asio::error_code error) {
+    EndTimer.expires_after(DrainLimit);
+    EndTimer.async_wait([self = shared_from_this()](asio::error_code error) {
         asio::error_code ignored;
         if (!error)
             self->Socket.close(ignored);
     });
-    DrainNext();
+    // A read that is under way goes on to the next when it is done.
+    if (!Reading)
+        DrainNext();
 }
 
 void Connection::DrainNext()
@@ -302,7 +315,7 @@ void Connection::DrainNext()
         asio::buffer(Incoming),
         [self = shared_from_this()](asio::error_code error, std::size_t) {
             if (error) {
-                self->PieceTimer.cancel();
+                self->EndTimer.cancel();
                 return;
             }
             self->DrainNext();

@@ -67,6 +67,7 @@ private:
 
     asio::ip::tcp::socket Socket;
     asio::steady_timer PieceTimer;
+    asio::steady_timer EndTimer;
     const PeerID Number;
     Faults Fault;
     ConnectionOwner& Owner;

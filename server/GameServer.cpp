@@ -6,6 +6,8 @@
 #include "server/Texts.h"
 
 #include <map>
+#include <optional>
+#include <stdexcept>
 
 namespace Kesra
 {
@@ -16,6 +18,8 @@ static_assert(PacketHeaderSize == CNTPacket::HeaderSize && PacketLimit == CNTPac
 
 /// The entries of SC_GS_LIST: this server's number and how busy it is.
 constexpr sGS OwnEntry{1, 0};
+
+constexpr int ScenarioLimit = 100;
 
 std::vector<unsigned char> BytesOf(const CNTPacket& packet)
 {
@@ -49,6 +53,8 @@ private:
     void RunStep(std::shared_ptr<const std::vector<ScenarioStep>> steps, std::size_t next,
                  std::string starter);
     void Perform(const ScenarioStep& step, const std::string& starter);
+
+    int RunningScenarios = 0; ///< each may wait for hours
 };
 
 GameServer::Implementation::Implementation(const ServerOptions& options)
@@ -101,6 +107,11 @@ void GameServer::Implementation::SendClocks(std::chrono::milliseconds interval)
 
 void GameServer::Implementation::StartScenario(Character* starter)
 {
+    if (RunningScenarios == ScenarioLimit) {
+        Record.Log("no scenario started: too many are running");
+        return;
+    }
+    ++RunningScenarios;
     RunStep(Scenario, 0, starter != nullptr ? starter->Name() : std::string());
 }
 
@@ -119,6 +130,7 @@ void GameServer::Implementation::RunStep(std::shared_ptr<const std::vector<Scena
         });
         return;
     }
+    --RunningScenarios;
 }
 
 void GameServer::Implementation::Perform(const ScenarioStep& step, const std::string& starter)
@@ -133,7 +145,15 @@ void GameServer::Implementation::Perform(const ScenarioStep& step, const std::st
         const Character* character = find(name);
         return character != nullptr ? character->ID() : 0UL;
     };
-    CNTPacket packet = step.Build(idOf);
+    // What a name stands for need not fit where a record takes some numbers only.
+    std::optional<CNTPacket> built;
+    try {
+        built.emplace(step.Build(idOf));
+    } catch (const std::runtime_error& error) {
+        Record.Log("scenario line " + std::to_string(step.Line) + ": " + error.what());
+        return;
+    }
+    const CNTPacket& packet = *built;
     if (step.Target == "all")
         for (const auto& [id, peer] : Peers)
             peer->Send(packet);

@@ -17,7 +17,7 @@ namespace Kesra
 struct ServerOptions {
     std::string Address = "127.0.0.1";
     unsigned short Port = 0; ///< 0 lets the system choose one
-    /// Time between two clock messages to every connection; the first one follows a logon. 0 sends none.
+    /// Time between two clock messages to everybody who is logged on; 0 sends only the one after a logon.
     std::chrono::milliseconds ClockInterval{5000};
     /// An unknown account comes into being when it logs on.
     bool OpenAccounts = true;

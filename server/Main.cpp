@@ -47,7 +47,8 @@ int main(int argc, char** argv)
         ->capture_default_str();
     app.add_option("--scenario", scenario, "file of messages to push when a player says /scenario");
     app.add_option("--master", masters, "ACCOUNT:PASSWORD of a game master; may be given more than once");
-    app.add_option("--clock", clockInterval, "milliseconds between clock messages; 0 sends none")
+    app.add_option("--clock", clockInterval,
+                   "milliseconds between clock messages; 0 sends only the one after a logon")
         ->capture_default_str()
         ->check(CLI::NonNegativeNumber);
     app.add_flag("--quiet", quiet, "print the port and nothing else");

@@ -75,14 +75,19 @@ Character* Peer::ChosenAvatar(short index) const
     return Owner->Avatars[static_cast<std::size_t>(index)].get();
 }
 
+void Peer::LetGo()
+{
+    Game.Leave(*Self);
+    Game.Parties.Leave(*Self);
+    Game.ForgetInvitations(*Self);
+    Self->Player = nullptr;
+    Self = nullptr;
+}
+
 void Peer::LogOff()
 {
-    if (Self != nullptr) {
-        Game.Leave(*Self);
-        Game.Parties.Leave(*Self);
-        Self->Player = nullptr;
-        Self = nullptr;
-    }
+    if (Self != nullptr)
+        LetGo();
     if (Owner != nullptr) {
         Owner->LoggedOn = nullptr;
         Owner = nullptr;

@@ -39,11 +39,11 @@ public:
 
     // PeerAccount.cpp
     void Logon(Serial serial, const LongText& account, const LongText& password);
-    void CreateAvatar(Serial serial, short index, const NameText& nickname, short avatarTemplate);
+    void CreateAvatar(Serial serial, short index, const LongText& nickname, short avatarTemplate);
     void DeleteAvatar(Serial serial, short index);
     void CancelDeleteAvatar(Serial serial, short index);
     void TryOnSession(Serial serial, short index, short session);
-    void ChangeAvatarNickName(char one, Serial serial, const NameText& nickname);
+    void ChangeAvatarNickName(char one, Serial serial, const LongText& nickname);
     void Error(const LongText& text);
     void EchoProperties(const CPropCollection& properties);
     void ResponseNetTime(unsigned long serverTime);
@@ -140,6 +140,8 @@ private:
     bool CanAct();
     Character* ChosenAvatar(short index) const;
     void LogOff();
+    /// The chosen avatar goes back to its account.
+    void LetGo();
     void Warp(Character& character, short session, short zone, const CNTVector& position);
     void SendPoints(Character& character);
     void Fight(Monster& monster, short damage);

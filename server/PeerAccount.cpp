@@ -1,6 +1,7 @@
 // Accounts and their avatars.
 #include "server/Peer.h"
 #include "server/RequestTable.h"
+#include "server/Texts.h"
 
 #include "KesraNTC/base/COLEDateTime.h"
 #include "KesraNTC/base/COLEDateTimeSpan.h"
@@ -27,7 +28,8 @@ Result CheckLogon(const Account* account, const std::string& password)
 void Peer::Logon(Serial serial, const LongText& name, const LongText& password)
 {
     Account* account = Game.FindAccount(name.Value);
-    if (account == nullptr && Settings.OpenAccounts && name.Value.size() <= AccountNameLimit)
+    if (account == nullptr && Owner == nullptr && Settings.OpenAccounts &&
+        name.Value.size() <= AccountNameLimit)
         account = Game.AddAccount(name.Value, password.Value, false);
     const Result result = Owner != nullptr ? Result::AccountInUse : CheckLogon(account, password.Value);
     std::vector<TAvatar> avatars;
@@ -41,7 +43,7 @@ void Peer::Logon(Serial serial, const LongText& name, const LongText& password)
                 privData.push_back(character->Priv);
             }
         }
-        Record.Log("connection " + std::to_string(Number) + ": account " + name.Value + " logs on");
+        Record.Log("connection " + std::to_string(Number) + ": account " + LogText(name.Value) + " logs on");
     }
     const auto userIndex = static_cast<unsigned short>(result == Result::Done ? Owner->UserIndex : 0);
     Reply(GS_REPLY_10002, serial, userIndex, avatars, privData, result);
@@ -51,7 +53,7 @@ void Peer::Logon(Serial serial, const LongText& name, const LongText& password)
     }
 }
 
-void Peer::CreateAvatar(Serial serial, short index, const NameText& nickname, short avatarTemplate)
+void Peer::CreateAvatar(Serial serial, short index, const LongText& nickname, short avatarTemplate)
 {
     const Result result = Owner == nullptr
                               ? Result::NotLoggedOn
@@ -97,17 +99,15 @@ void Peer::TryOnSession(Serial serial, short index, short session)
         Reply(GS_REPLY_10007, serial, std::vector<TItem>(), std::vector<TSkill>(), result);
         return;
     }
-    if (Self != nullptr && Self != character) {
-        Game.Parties.Leave(*Self);
-        Self->Player = nullptr;
-    }
+    if (Self != nullptr && Self != character)
+        LetGo();
     Self = character;
     Self->Player = &Connection;
     ChosenSession = session;
     Reply(GS_REPLY_10007, serial, Self->Items, Self->Skills, Result::Done);
 }
 
-void Peer::ChangeAvatarNickName(char, Serial serial, const NameText& nickname)
+void Peer::ChangeAvatarNickName(char, Serial serial, const LongText& nickname)
 {
     Reply(GS_REPLY_10008, serial, Self == nullptr ? Result::NotReady : Game.Rename(*Self, nickname.Value));
 }
@@ -119,7 +119,7 @@ void Peer::EchoProperties(const CPropCollection& properties)
 
 void Peer::Error(const LongText& text)
 {
-    Record.Log("connection " + std::to_string(Number) + " reports: " + text.Value);
+    Record.Log("connection " + std::to_string(Number) + " reports: " + LogText(text.Value));
 }
 
 void Peer::ResponseNetTime(unsigned long)

@@ -31,7 +31,7 @@ void Peer::PutonItem(short place, short index)
     if (!CanAct())
         return;
     TItem* item = Self->FindItem(index);
-    if (item == nullptr || Self->FindItem(place) != nullptr) {
+    if (item == nullptr || item->GetItemSlotIndex() == 0 || Self->FindItem(place) != nullptr) {
         Refuse(Result::NoSuchItem);
         return;
     }
@@ -205,6 +205,13 @@ void Peer::ExchangeItemInInventory(short one, short other)
     Self->MoveItem(*first, other);
     Self->MoveItem(*second, one);
     Send(Notification<SC_EVENT17003>(one, other));
+    for (const TItem* item : {first, second}) {
+        if (item->GetItemSlotIndex() == 0) {
+            Game.SendToSession(
+                Self->Session(),
+                Notification<SC_PUTON_ITEM>(Self->ShortID(), item->GetItemIndex(), item->GetItemID()));
+        }
+    }
 }
 
 void Peer::UseItem(short index)
@@ -267,7 +274,8 @@ void Peer::RequestItemUpgrade(Serial serial, short index, long kind, const std::
         result = Result::NotReady;
     else if (item == nullptr || item->GetItemID() != kind)
         result = Result::NoSuchItem;
-    else if (materials.empty() || item->GetItemOptionID() >= OptionLimit)
+    else if (materials.empty() ||
+             materials.size() > static_cast<std::size_t>(OptionLimit - item->GetItemOptionID()))
         result = Result::BadArgument;
     std::set<short> used;
     for (const short material : materials) {
@@ -281,8 +289,7 @@ void Peer::RequestItemUpgrade(Serial serial, short index, long kind, const std::
         Reply(GS_REPLY_16024, serial, 0L, result);
         return;
     }
-    const int upgraded =
-        std::min<int>(OptionLimit, item->GetItemOptionID() + static_cast<int>(materials.size()));
+    const int upgraded = item->GetItemOptionID() + static_cast<int>(materials.size());
     item->SetItemOptionID(static_cast<short>(upgraded));
     for (const short material : used) {
         const long left = Self->FindItem(material)->GetItemCount() - 1;

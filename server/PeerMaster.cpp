@@ -178,6 +178,8 @@ void Peer::StealItem(Serial serial, const LongText& name, short index)
     const TItem stolen = *found;
     target->RemoveItem(index, stolen.GetItemCount());
     target->Send(Notification<SC_PRIV13008>(index, 0L));
+    if (stolen.GetItemSlotIndex() == 0 && target->IsPlaying())
+        Game.SendToSession(target->Session(), Notification<SC_TAKEOFF_ITEM>(target->ShortID(), index));
     const TItem* item = Self->AddItem(stolen.GetItemID(), stolen.GetItemOptionID(), stolen.GetItemCount());
     Reply(GS_REPLY_21011, serial, *item, Result::Done);
 }

@@ -116,7 +116,10 @@ void Peer::WarpSessionInFree(short zone, const CNTVector& position)
 
 void Peer::WarpSessionOut()
 {
+    const bool left = Self != nullptr && Self->IsPlaying();
     LeaveSession();
+    if (!left)
+        return;
     std::vector<short> sessions;
     for (short session = 1; session <= SessionCount; ++session)
         sessions.push_back(session);
@@ -150,12 +153,10 @@ void Peer::AvatarReload()
 
 void Peer::Chat(const ChatText& line)
 {
-    if (line.Value == ScenarioCommand && Settings.StartScenario) {
-        Settings.StartScenario(Self);
-        return;
-    }
     if (Self == nullptr || !Self->IsPlaying())
         Refuse(Result::NotPlaying);
+    else if (line.Value == ScenarioCommand)
+        Settings.StartScenario(Self);
     else if (Clock::now() < Self->SilencedUntil)
         Refuse(Result::Silenced);
     else

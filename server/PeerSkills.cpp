@@ -8,17 +8,15 @@ void Peer::ReLocateSkill(short from, short to)
 {
     if (!CanAct())
         return;
-    const TSkill* found = Self->FindSkill(from);
-    if (found == nullptr) {
+    TSkill* skill = Self->FindSkill(from);
+    if (skill == nullptr) {
         Refuse(Result::NoSuchSkill);
         return;
     }
-    const TSkill skill = *found;
-    if (Self->AddSkill(skill.GetSkillID(), skill.GetSkillExp(), to) == nullptr) {
+    if (!Self->MoveSkill(*skill, to)) {
         Refuse(Result::BadArgument);
         return;
     }
-    Self->RemoveSkill(from);
     Send(Notification<SC_EVENT16018>(to));
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "server/Link.h"
+
 #include "KesraNTC/net/CNTPacket.h"
 #include "KesraNTC/net/CPropCollection.h"
 #include "KesraNTC/world/CDRVector.h"
@@ -24,7 +26,7 @@ template <std::size_t Limit> struct Text {
 };
 using NameText = Text<20>;
 using ChatText = Text<200>;
-using LongText = Text<4000>;
+using LongText = Text<PacketLimit>; ///< as long as a packet lets it be
 
 /// Reads the fields of a request. Unlike the packet's own operators it notices when a field is not there:
 /// a request that is too short, too long or out of its limits is not carried out at all.

@@ -2,6 +2,7 @@
 
 #include "KesraNTC/platform/Platform.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace Kesra
@@ -35,6 +36,14 @@ std::string WireText(std::string_view utf8)
 std::string Utf8Text(std::string_view wire)
 {
     return Convert(wire, Korean, CP_UTF8);
+}
+
+std::string LogText(std::string_view wire)
+{
+    std::string text = Utf8Text(wire);
+    const auto control = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; };
+    std::replace_if(text.begin(), text.end(), control, '?');
+    return text;
 }
 
 } // namespace Kesra

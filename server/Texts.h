@@ -10,5 +10,7 @@ namespace Kesra
 /// becomes a question mark.
 std::string WireText(std::string_view utf8);
 std::string Utf8Text(std::string_view wire);
+/// A text of a peer's as one line of the log shows it: no control character reaches a terminal.
+std::string LogText(std::string_view wire);
 
 } // namespace Kesra

@@ -10,9 +10,8 @@ namespace
 constexpr std::size_t AccountLimit = 10000;
 constexpr unsigned short CharacterLimit = 30000;
 constexpr std::size_t NameLimit = 20;
-constexpr std::size_t GroundLimit = 200;
+constexpr std::size_t GroundLimit = 80;      ///< all of it fits in one packet, monsters included
 constexpr std::size_t AvatarsPerPacket = 40; ///< whoever is left out is met with the next SC_AVATAR
-constexpr std::size_t ItemsPerPacket = 80;
 constexpr unsigned long FirstMonsterID = 100'000;
 constexpr unsigned long FirstItemID = 1'000'000;
 constexpr std::chrono::seconds RespawnDelay{3};
@@ -130,6 +129,14 @@ Character* World::FindPlaying(unsigned long id)
     return found == CharactersByID.end() || !found->second->IsPlaying() ? nullptr : found->second;
 }
 
+void World::ForgetInvitations(Character& character)
+{
+    character.InvitedBy = 0;
+    for (const auto& [id, other] : CharactersByID)
+        if (other->InvitedBy == character.ID())
+            other->InvitedBy = 0;
+}
+
 PlaySession& World::SessionOf(const Character& character)
 {
     return Session(character.Session());
@@ -190,12 +197,11 @@ void World::ShowSurroundings(Character& character)
     std::vector<TAvatar> avatars;
     for (Character* other : session.Players)
         avatars.push_back(other->Avatar);
-    std::vector<TWorldItem> items = session.ItemList();
     avatars.resize(std::min(avatars.size(), AvatarsPerPacket));
-    items.resize(std::min(items.size(), ItemsPerPacket));
     character.Send(Notification<SC_PRIV_DATA>(character.Priv));
     character.Send(Notification<SC_AVATAR_LIST>(avatars));
-    character.Send(Notification<SC_WORLD_OBJECT_LISTS>(items, session.MonsterList(), session.Npcs));
+    character.Send(
+        Notification<SC_WORLD_OBJECT_LISTS>(session.ItemList(), session.MonsterList(), session.Npcs));
 }
 
 void World::Leave(Character& character)

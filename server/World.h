@@ -69,6 +69,9 @@ public:
     /// The playing character of that object ID; null when nobody plays it.
     Character* FindPlaying(unsigned long id);
 
+    /// Nobody can accept any more what the character offered, nor the character what it was offered.
+    void ForgetInvitations(Character& character);
+
     PlaySession& SessionOf(const Character& character);
     /// Brings a character into a session: it learns its surroundings, the others see it.
     void Enter(Character& character, short session);

@@ -3,9 +3,11 @@
 #include "PlayingClient.h"
 
 #include "server/RequestTable.h"
+#include "server/ResultCodes.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -30,6 +32,13 @@ public:
     {
         Places.push_back(movement.GetPos()[0]);
     }
+    void SC_Event16010(short& code) override { Refusals.push_back(code); }
+    void SC_Barter50003(long& asker) override { Asker = static_cast<unsigned long>(asker); }
+    void SC_Barter50002(long&, short& answer) override { Agreed = answer == 1; }
+    void SC_Dealing(unsigned long&, std::vector<TItem>& items, std::vector<TSkill>&, long&) override
+    {
+        Offered = items;
+    }
     void SC_ObjectMove(unsigned long&, CDRVector& movement, short&, long&) override
     {
         Places.push_back(movement.GetPos()[0]);
@@ -38,6 +47,10 @@ public:
     std::map<std::string, unsigned long> Avatars;
     std::vector<std::string> Lines;
     std::vector<float> Places;
+    std::vector<short> Refusals;
+    std::vector<TItem> Offered;
+    unsigned long Asker = 0;
+    bool Agreed = false;
 };
 
 class Player : public PlayingClient
@@ -88,6 +101,59 @@ TEST(Play, TwoClientsMeetChatAndMove)
     anna.PlayUntil([&] { return !anna.Stub.Places.empty(); });
     EXPECT_EQ(anna.Stub.Places.front(), 123.5F);
     EXPECT_EQ(server.GetCounters().Ignored, 0U);
+}
+
+/// What a client says of an item counts only as far as the server knows the same of it.
+TEST(Play, NobodyBartersAForgedItem)
+{
+    GameServer server;
+    Player anna(server);
+    Player bora(server);
+    ASSERT_NO_FATAL_FAILURE(anna.Enter("anna"));
+    ASSERT_NO_FATAL_FAILURE(bora.Enter("bora"));
+    anna.PlayUntil([&] { return anna.Stub.Avatars.count("bora") > 0; });
+    const unsigned long partner = anna.Stub.Avatars["bora"];
+    anna.Requests.CS_RequestBarter(partner);
+    bora.PlayUntil([&] { return bora.Stub.Asker != 0; });
+    bora.Requests.CS_ResponseBarter(bora.Stub.Asker, 1);
+    anna.PlayUntil([&] { return anna.Stub.Agreed; });
+
+    const auto isInBag = [](const TItem& item) { return item.GetItemSlotIndex() > 0; };
+    const auto ware = std::find_if(anna.Items.begin(), anna.Items.end(), isInBag);
+    ASSERT_NE(ware, anna.Items.end());
+    std::vector<TItem> items(1, *ware);
+    std::vector<TSkill> skills;
+    const short option = items[0].GetItemOptionID();
+    items[0].SetItemOptionID(32767);
+    anna.Requests.CS_Dealing(partner, items, skills, 0);
+    anna.PlayUntil([&] { return !anna.Stub.Refusals.empty(); });
+    EXPECT_EQ(anna.Stub.Refusals, (std::vector<short>{static_cast<short>(Result::NoSuchItem)}));
+
+    items[0].SetItemOptionID(option);
+    anna.Requests.CS_Dealing(partner, items, skills, 0);
+    bora.PlayUntil([&] { return !bora.Stub.Offered.empty(); });
+    EXPECT_EQ(bora.Stub.Offered[0].GetItemOptionID(), option);
+}
+
+TEST(Play, EveryTextHasItsAnswerAndARefusedLogonLeavesNothing)
+{
+    GameServer server;
+    Player anna(server);
+    Player bora(server);
+    ASSERT_NO_FATAL_FAILURE(anna.Enter("anna"));
+    unsigned short value = 0;
+    unsigned long result = 0;
+    std::vector<TAvatar> avatars;
+    std::vector<TPrivData> privData;
+    CString name("bora");
+    CString theirs("stolen");
+    ASSERT_EQ(anna.Requests.CS_Logon(name, theirs, value, avatars, privData, result), GS_OK);
+    EXPECT_EQ(result, static_cast<unsigned long>(Result::AccountInUse));
+    ASSERT_NO_FATAL_FAILURE(bora.Enter("bora")) << "with a password of her own";
+
+    CString longName(std::string(4000, 'x').c_str());
+    ASSERT_EQ(bora.Requests.CS_CreateAvatar(1, longName, 1, result), GS_OK);
+    EXPECT_EQ(result, static_cast<unsigned long>(Result::BadName));
 }
 
 TEST(Play, APropertyCollectionComesBackUnchanged)

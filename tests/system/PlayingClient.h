@@ -39,9 +39,7 @@ public:
             ASSERT_EQ(Requests.CS_CreateAvatar(0, nickname, 1, result), GS_OK);
             ASSERT_EQ(result, 0U);
         }
-        std::vector<TItem> items;
-        std::vector<TSkill> skills;
-        ASSERT_EQ(Requests.CS_TryOnSession(0, 1, items, skills, result), GS_OK);
+        ASSERT_EQ(Requests.CS_TryOnSession(0, 1, Items, Skills, result), GS_OK);
         ASSERT_EQ(result, 0U);
         Requests.CS_EnterSession();
     }
@@ -55,4 +53,6 @@ public:
     }
 
     CNTProxy_CLToGS Requests;
+    std::vector<TItem> Items;
+    std::vector<TSkill> Skills;
 };

@@ -19,8 +19,11 @@ bool SetServer(const std::string& text, StoryOptions& options)
     if (colon == std::string::npos)
         return false;
     options.Address = text.substr(0, colon);
-    options.Port = static_cast<unsigned short>(std::strtoul(text.c_str() + colon + 1, nullptr, 10));
-    return options.Port != 0;
+    const std::string port = text.substr(colon + 1);
+    const bool number = port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
+    const unsigned long value = number ? std::strtoul(port.c_str(), nullptr, 10) : 0;
+    options.Port = static_cast<unsigned short>(value);
+    return value >= 1 && value <= 65535;
 }
 
 std::unique_ptr<Kesra::GameServer> StartServer(StoryOptions& options)
