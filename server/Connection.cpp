@@ -106,7 +106,7 @@ std::size_t Connection::TakePacket(const unsigned char* bytes, std::size_t avail
     }
     if (available < size)
         return 0;
-    Record.KeepReceived(Number, number, bytes, size);
+    Record.CountReceived(number);
     Owner.OnPacket(*this, bytes, size);
     return size;
 }
@@ -115,7 +115,6 @@ void Connection::Send(const unsigned char* bytes, std::size_t size)
 {
     if (Ended || Closing)
         return;
-    Record.CountSent(WordAt(bytes));
     Queue(bytes, size);
     WriteNext();
 }

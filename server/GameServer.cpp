@@ -58,7 +58,7 @@ private:
 };
 
 GameServer::Implementation::Implementation(const ServerOptions& options)
-    : Record(options.KeepReceived, options.Log),
+    : Record(options.Log),
       Game([this](std::chrono::milliseconds delay, std::function<void()> work) {
           Net.After(delay, std::move(work));
       }),
@@ -185,18 +185,6 @@ void GameServer::PushAll(const CNTPacket& packet)
     Push(Everyone, packet);
 }
 
-bool GameServer::PushTo(const std::string& nickname, const CNTPacket& packet)
-{
-    bool sent = false;
-    Inner->Net.Call([&] {
-        Character* character = Inner->Game.FindCharacter(nickname);
-        sent = character != nullptr && character->Player != nullptr;
-        if (sent)
-            character->Send(packet);
-    });
-    return sent;
-}
-
 void GameServer::LoadScenario(const std::string& text)
 {
     auto steps = std::make_shared<const std::vector<ScenarioStep>>(ParseScenario(text));
@@ -259,11 +247,6 @@ bool GameServer::WaitForReceived(unsigned short number, unsigned count) const
 ServerCounters GameServer::GetCounters() const
 {
     return Inner->Record.Counters();
-}
-
-std::vector<ReceivedPacket> GameServer::GetReceived() const
-{
-    return Inner->Record.Received();
 }
 
 std::vector<std::string> GameServer::GetLog() const

@@ -21,8 +21,6 @@ struct ServerOptions {
     std::chrono::milliseconds ClockInterval{5000};
     /// An unknown account comes into being when it logs on.
     bool OpenAccounts = true;
-    /// How many of the packets that peers sent are kept for GetReceived.
-    std::size_t KeepReceived = 1000;
     /// Receives every log line, on the server's thread.
     std::function<void(const std::string&)> Log;
 };
@@ -49,11 +47,9 @@ public:
     void AddAccount(const std::string& name, const std::string& password, bool master);
 
     /// Sends a packet, which carries its number and whole payload, to one connection or to all. A packet
-    /// made with Notification (Notifications.h) has the right widths. The player of that avatar in PushTo;
-    /// false when nobody plays it.
+    /// made with Notification (Notifications.h) has the right widths.
     void Push(PeerID peer, const CNTPacket& packet);
     void PushAll(const CNTPacket& packet);
-    bool PushTo(const std::string& nickname, const CNTPacket& packet);
 
     /// Loads a scenario (docs/server.md) for StartScenario and the chat line "/scenario"; throws
     /// std::runtime_error naming the line that is wrong.
@@ -79,7 +75,6 @@ public:
     /// The same for the packets of one number received so far, from all connections.
     bool WaitForReceived(unsigned short number, unsigned count = 1) const;
     ServerCounters GetCounters() const;
-    std::vector<ReceivedPacket> GetReceived() const;
     std::vector<std::string> GetLog() const;
 
 private:

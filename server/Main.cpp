@@ -58,7 +58,6 @@ int main(int argc, char** argv)
         Kesra::ServerOptions options;
         SetAddress(address, options);
         options.ClockInterval = std::chrono::milliseconds(clockInterval);
-        options.KeepReceived = 0;
         if (!quiet)
             options.Log = [](const std::string& line) { std::cerr << line << '\n'; };
         Kesra::GameServer server(options);

@@ -9,28 +9,15 @@ namespace
 
 constexpr std::size_t LogLinesKept = 1000;
 
-unsigned CountOf(const std::map<unsigned short, unsigned>& counts, unsigned short number)
-{
-    const auto found = counts.find(number);
-    return found == counts.end() ? 0 : found->second;
-}
-
 } // namespace
 
 unsigned ServerCounters::ReceivedOf(unsigned short number) const
 {
-    return CountOf(Received, number);
+    const auto found = Received.find(number);
+    return found == Received.end() ? 0 : found->second;
 }
 
-unsigned ServerCounters::SentOf(unsigned short number) const
-{
-    return CountOf(Sent, number);
-}
-
-Recorder::Recorder(std::size_t keepReceived, std::function<void(const std::string&)> log)
-    : KeepLimit(keepReceived), LogSink(std::move(log))
-{
-}
+Recorder::Recorder(std::function<void(const std::string&)> log) : LogSink(std::move(log)) {}
 
 template <class Change> void Recorder::Update(Change change)
 {
@@ -69,21 +56,11 @@ void Recorder::CountBytesSent(std::size_t bytes)
     Update([&] { Current.BytesSent += bytes; });
 }
 
-void Recorder::CountSent(unsigned short number)
-{
-    Update([&] { ++Current.Sent[number]; });
-}
-
-void Recorder::KeepReceived(PeerID peer, unsigned short number, const unsigned char* bytes, std::size_t size)
+void Recorder::CountReceived(unsigned short number)
 {
     Update([&] {
         ++Current.PacketsReceived;
         ++Current.Received[number];
-        if (KeepLimit == 0)
-            return;
-        if (Kept.size() == KeepLimit)
-            Kept.pop_front();
-        Kept.push_back({peer, number, {bytes, bytes + size}});
     });
 }
 
@@ -109,12 +86,6 @@ ServerCounters Recorder::Counters() const
 {
     const std::lock_guard lock(Mutex);
     return Current;
-}
-
-std::vector<ReceivedPacket> Recorder::Received() const
-{
-    const std::lock_guard lock(Mutex);
-    return {Kept.begin(), Kept.end()};
 }
 
 std::vector<std::string> Recorder::LogLines() const

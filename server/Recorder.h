@@ -16,13 +16,6 @@ namespace Kesra
 /// Number of a connection, counted from 1 in the order of their arrival.
 using PeerID = unsigned;
 
-/// One packet that a peer sent, as it arrived: header first, payload still scrambled.
-struct ReceivedPacket {
-    PeerID Peer = 0;
-    unsigned short Number = 0;
-    std::vector<unsigned char> Bytes;
-};
-
 /// What the server has seen since it started.
 struct ServerCounters {
     unsigned Accepted = 0;
@@ -33,43 +26,37 @@ struct ServerCounters {
     std::uint64_t BytesSent = 0;
     std::uint64_t PacketsReceived = 0;
     std::map<unsigned short, unsigned> Received; ///< packets by message number
-    std::map<unsigned short, unsigned> Sent;     ///< packets handed to the connections, by message number
 
     unsigned ReceivedOf(unsigned short number) const;
-    unsigned SentOf(unsigned short number) const;
 };
 
 /// Counts and keeps what happens on the server's thread for others to wait on and look at.
 class Recorder
 {
 public:
-    Recorder(std::size_t keepReceived, std::function<void(const std::string&)> log);
+    explicit Recorder(std::function<void(const std::string&)> log);
 
     void CountAccepted();
     void CountEnded(bool malformed);
     void CountIgnored();
     void CountBytesReceived(std::size_t bytes);
     void CountBytesSent(std::size_t bytes);
-    void CountSent(unsigned short number);
-    void KeepReceived(PeerID peer, unsigned short number, const unsigned char* bytes, std::size_t size);
+    void CountReceived(unsigned short number);
     void Log(const std::string& line);
 
     /// Blocks until the predicate holds; false when `limit` passes first.
     bool WaitFor(const std::function<bool(const ServerCounters&)>& predicate,
                  std::chrono::milliseconds limit);
     ServerCounters Counters() const;
-    std::vector<ReceivedPacket> Received() const;
     std::vector<std::string> LogLines() const;
 
 private:
     template <class Change> void Update(Change change);
 
-    const std::size_t KeepLimit;
     const std::function<void(const std::string&)> LogSink;
     mutable std::mutex Mutex;
     std::condition_variable Changed;
     ServerCounters Current;
-    std::deque<ReceivedPacket> Kept;
     std::deque<std::string> Lines;
 };
 

@@ -30,9 +30,8 @@ enum class Result : unsigned char {
     NotTrading = 21,
 };
 
-/// The kinds of SC_EVENT18001; its text is a line to show, or the name of the avatar it is about.
+/// The kinds of SC_EVENT18001; its text is the name of the avatar it is about.
 enum class Notice : char {
-    Line = 0,
     PartyInvitation = 1, ///< NAME asks to join its party
     PartyJoined = 2,
     PartyRefused = 3,

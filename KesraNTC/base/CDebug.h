@@ -10,6 +10,7 @@
 class KESRANTC_API CDebug
 {
 public:
+    // An object holds nothing; what there is to call is static.
     CDebug();
     CDebug(const CDebug&);
     CDebug& operator=(const CDebug&);

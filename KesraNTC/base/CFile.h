@@ -8,7 +8,9 @@
 class KESRANTC_API CFile
 {
 public:
+    /// No file is open.
     CFile();
+    /// A copy holds the same handle, which one of the two closes.
     CFile(const CFile&);
     CFile& operator=(const CFile&);
     virtual ~CFile();

@@ -17,6 +17,7 @@ public:
     /// Takes the text up to its NUL, cut to N bytes; a null pointer counts as the empty text.
     CFixCharString(const char* text) { *this = text; }
 
+    /// The same; the text may be a part of this one.
     CFixCharString& operator=(const char* text)
     {
         std::size_t length = 0;

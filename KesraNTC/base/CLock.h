@@ -7,6 +7,7 @@
 class KESRANTC_API CLock
 {
 public:
+    /// A free lock.
     CLock() { InitializeCriticalSection(&Section); }
     /// A copy is a free lock of its own; assigning changes nothing.
     CLock(const CLock&) : CLock() {}

@@ -10,6 +10,7 @@
 class KESRANTC_API COLEDateTime
 {
 public:
+    /// Whether the date value counts: null stands for no date at all.
     enum DateTimeStatus { valid = 0, invalid = 1, null = 2 };
 
     /// 30 December 1899 00:00, valid.
@@ -28,6 +29,7 @@ public:
     /// See SetDateTime.
     COLEDateTime(int year, int month, int day, int hour, int minute, int second);
 
+    /// As the constructors; when the status becomes invalid the date value stays.
     COLEDateTime& operator=(double date);
     COLEDateTime& operator=(const long& time);
     COLEDateTime& operator=(const _SYSTEMTIME& time);
@@ -48,8 +50,10 @@ public:
     /// also when SetDateTime refused the fields and the status is invalid.
     int ParseDateTime(const char* text, unsigned long format);
 
+    /// Setting the status leaves the date value alone.
     DateTimeStatus GetStatus() const { return Status; }
     void SetStatus(DateTimeStatus status) { Status = status; }
+    /// The date value, whatever the status.
     operator double() const { return Date; }
 
     /// The calendar fields, rounded to the second: month 1 to 12, day 1 to 31, day of the week 1 (Sunday) to

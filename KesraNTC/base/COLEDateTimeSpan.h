@@ -6,6 +6,7 @@
 class KESRANTC_API COLEDateTimeSpan
 {
 public:
+    /// Whether the length counts: null stands for no length at all.
     enum DateTimeSpanStatus { valid = 0, invalid = 1, null = 2 };
 
     /// 0 days, valid.
@@ -14,16 +15,19 @@ public:
     COLEDateTimeSpan(double days) : Days(days) {}
     /// See SetDateTimeSpan.
     COLEDateTimeSpan(long days, int hours, int minutes, int seconds);
+    /// A number of days, valid whatever it is.
     COLEDateTimeSpan& operator=(double days);
 
     /// The sum of the parts, each of any size and sign; valid, without a range check.
     void SetDateTimeSpan(long days, int hours, int minutes, int seconds);
 
+    /// Setting the status leaves the length alone.
     DateTimeSpanStatus GetStatus() const { return Status; }
     void SetStatus(DateTimeSpanStatus status) { Status = status; }
     /// Makes a span longer than 3615897 days, either way, invalid.
     void CheckRange();
 
+    /// The whole length in days, whatever the status.
     operator double() const { return Days; }
     /// The whole length in days, as it is.
     double GetTotalDays() const { return Days; }

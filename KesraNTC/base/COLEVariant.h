@@ -29,6 +29,7 @@ public:
     /// Deep copies: texts and arrays are duplicated.
     COLEVariant(const COLEVariant& source);
     COLEVariant(const tagVARIANT& source);
+    /// Releases the value.
     ~COLEVariant();
 
     /// Deep copies. Assigning an object to itself changes nothing.

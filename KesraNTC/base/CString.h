@@ -19,6 +19,7 @@ struct CStringData {
 
 namespace Kesra
 {
+/// The header and the one character of the empty text.
 struct alignas(8) EmptyText {
     CStringData Data;
     char Terminator;
@@ -33,22 +34,28 @@ KESRANTC_API extern EmptyText SharedEmptyText;
 /// the empty text.
 ///
 /// Strings that share a buffer may live on different threads; one string object belongs to one thread at a
-/// time. A text that memory cannot hold, or that would pass 2 GiB, throws std::bad_alloc.
+/// time. A text that memory cannot hold, or that would pass 2 GiB, throws std::bad_alloc, which a game cannot
+/// catch when the library is a Windows DLL.
 class KESRANTC_API CString
 {
 public:
+    /// The empty text.
     CString() noexcept : Characters(EmptyCharacters()) {}
     /// `repeat` copies of `ch`; empty if `repeat` is below 1.
     CString(char ch, int repeat);
+    /// Takes the characters before the NUL.
     CString(const char* text);
     /// Takes a 16-bit wide text and converts it to the ANSI code page.
     CString(const unsigned short* text);
     /// Takes the first `length` characters of a 16-bit wide text; a NUL among them ends the text.
     CString(const unsigned short* text, int length);
+    /// Shares the buffer, or copies the characters of a locked string.
     CString(const CString& other);
+    /// Takes the buffer over and leaves the other text empty.
     CString(CString&& other) noexcept : Characters(std::exchange(other.Characters, EmptyCharacters())) {}
     ~CString();
 
+    /// As the constructors, but a string moved from may keep a text. A locked buffer is used if it has room.
     CString& operator=(const CString& other);
     CString& operator=(CString&& other);
     CString& operator=(const char* text);
@@ -56,6 +63,7 @@ public:
     CString& operator=(const unsigned short* text);
     CString& operator=(char ch);
 
+    /// Bytes of the text, terminator excluded.
     int GetLength() const noexcept { return Data()->DataLength; }
     /// Characters that fit without a new buffer.
     int GetAllocLength() const noexcept { return Data()->AllocLength; }
@@ -87,6 +95,7 @@ public:
     /// Lets copies share the buffer again.
     void UnlockBuffer();
 
+    /// Appends; the text may be a part of this very string.
     CString& operator+=(const char* text)
     {
         if (text)
@@ -135,6 +144,7 @@ public:
     /// The leading characters that are not in the set.
     CString SpanExcluding(const char* set) const;
 
+    /// Change the case of all letters, or the order of all characters.
     void MakeUpper();
     void MakeLower();
     void MakeReverse();
@@ -174,6 +184,7 @@ public:
     void FormatMessageA(const char* format, ...);
 
 private:
+    // Joined texts; neither operand changes.
     friend KESRANTC_API CString operator+(const CString& left, const CString& right);
     friend KESRANTC_API CString operator+(const CString& left, const char* right);
     friend KESRANTC_API CString operator+(const char* left, const CString& right);
@@ -263,6 +274,7 @@ inline char CString::operator[](int index) const noexcept
     return index >= 0 && index < GetLength() ? Characters[index] : '\0';
 }
 
+// All compare as CString::Compare does.
 inline bool operator==(const CString& left, const CString& right)
 {
     return left.Compare(right) == 0;

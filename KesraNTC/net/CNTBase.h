@@ -14,6 +14,7 @@ public:
 
     /// Null: a client knows no other endpoints.
     virtual CNTClient* GetClientFromMachineID(unsigned short machineID);
+    /// Does nothing here.
     virtual void Disconnect();
     /// Sends nothing and returns 0.
     virtual unsigned long SendToServer(CNTPacket& packet);

@@ -59,9 +59,10 @@ public:
     /// Only the low 16 bits are used.
     void SetServerPort(unsigned long port);
 
-    /// Starts Winsock 2.2.
+    /// Starts Winsock 2.2, without which nothing connects. False, with a line in the log, when it cannot.
     bool Startup();
-    /// Makes the overlapped socket; INVALID_SOCKET when it cannot.
+    /// Makes the overlapped socket. INVALID_SOCKET, with a line in the log and the Startup undone, when it
+    /// cannot.
     unsigned int CreateSocket();
     /// Resolves, connects (blocking) and starts the receive thread. An open connection of this object is
     /// closed first. False, with a line in the log and no socket, when any of it fails.
@@ -75,8 +76,8 @@ public:
     /// it waits in vain when the receive thread has packets to dispatch.
     bool WaitForReceiveThread(unsigned long milliseconds);
 
-    /// Hands every queued packet in order to ProcessPacketFromServer and empties the queue. 0. Called from a
-    /// handler it does nothing.
+    /// Hands every queued packet in order to ProcessPacketFromServer and empties the queue. 0. Waits while
+    /// another thread dispatches; called from a handler it does nothing.
     unsigned long ProcessQueuedMessageFromServer();
     /// 0 = sent or on its way, 2 = failed, 3 = the packet has no buffer. The packet may be reused at once.
     /// Any thread.
@@ -85,7 +86,7 @@ public:
     void Disconnect() override;
     /// Once per frame: CheckTraffic.
     void UpdateFrame();
-    /// Resets the traffic counters every 5 seconds.
+    /// Resets the traffic counters when the last reset is 5 seconds ago or more. Any thread.
     void CheckTraffic();
 
     /// Takes in a clock message (server time, latency, both milliseconds); every one but the first is
@@ -106,10 +107,10 @@ public:
     unsigned int ServerPort;  ///< only the low 16 bits are used
     char ServerAddr[30];      ///< NUL-terminated
     unsigned int NetTime;     ///< see GetNetTime
-    unsigned int ServerTime;  ///< the server time of the last clock message
+    unsigned int ServerTime;  ///< the server time of the last clock message, in milliseconds
     unsigned int Latency;     ///< see GetLatency
-    COLEDateTime ConnectTime; ///< time of the last successful connect
-    COLEDateTime TrafficTime; ///< time of the last reset of the traffic counters
+    COLEDateTime ConnectTime; ///< local time of the last successful connect, under QueueLock
+    COLEDateTime TrafficTime; ///< local time of the last reset of the traffic counters, under QueueLock
 
 protected:
     /// What the destructor does, to be called first in the destructor of a derived class. The client does not

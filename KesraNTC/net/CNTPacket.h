@@ -94,8 +94,8 @@ public:
         return static_cast<Bits>(sizeof(Bits) == 8 ? 0x0000003C0000003C : Key);
     }
 
-    /// Each operator is one write of the value's 1, 2, 4 or 8 bytes (`long` travels as 4), 16 for a system
-    // time. A value that does not fit is left out.
+    /// Each operator is one write of the value's 1, 2, 4 or 8 bytes (`long` travels as 4), or of the 16 of a
+    /// system time. A value that does not fit is left out.
     CNTPacket& operator<<(char value) { return Put(static_cast<std::uint8_t>(value)); }
     CNTPacket& operator<<(unsigned char value) { return Put(value); }
     CNTPacket& operator<<(bool value) { return Put(static_cast<std::uint8_t>(value)); }
@@ -110,7 +110,7 @@ public:
     CNTPacket& operator<<(_SYSTEMTIME value);
 
     /// Each operator is one read of the same width. When fewer bytes are left, the low bytes that exist are
-    // set and the rest of the target stays.
+    /// set and the rest of the target stays.
     CNTPacket& operator>>(char& value) { return Get<std::uint8_t>(value); }
     CNTPacket& operator>>(unsigned char& value) { return Get<std::uint8_t>(value); }
     CNTPacket& operator>>(bool& value) { return Get<std::uint8_t>(value); }

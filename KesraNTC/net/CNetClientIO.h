@@ -14,7 +14,7 @@ struct ReceivedPackets {
 };
 } // namespace Kesra
 
-/// Adds the queue of complete received packets.
+/// Adds the queue of complete received packets: the receive thread appends, any thread may take.
 class KESRANTC_API CNetClientIO : public CNetIO
 {
 public:
@@ -38,5 +38,7 @@ protected:
     /// Exchanges the queued packets with empty lists that have room. Any thread.
     void TakeQueue(Kesra::ReceivedPackets& taken);
 
-    CLock QueueLock; ///< guards PacketQueue for moments only; taken inside Lock, never around it
+    /// Guards the queue and what CNTBaseClient says is under it, for moments only; taken inside Lock, never
+    /// around it.
+    CLock QueueLock;
 };

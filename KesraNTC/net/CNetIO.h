@@ -7,7 +7,6 @@
 #include "KesraNTC/platform/Platform.h"
 
 #include <memory>
-#include <vector>
 
 namespace Kesra
 {
@@ -100,8 +99,8 @@ public:
     unsigned int RecvStage;        ///< 0 while collecting the header, 1 while collecting the body
     unsigned int PacketSize;       ///< its whole size, from its header
     SOCKET Socket;                 ///< INVALID_SOCKET when there is none
-    unsigned int SendBytes;
-    unsigned int RecvBytes;
+    unsigned int SendBytes;        ///< see GetSendBytes
+    unsigned int RecvBytes;        ///< see GetRecvBytes
 
 protected:
     /// Prepares for a new socket: the collection starts at a header, no send is outstanding, no event is set.

@@ -25,6 +25,7 @@ public:
     ~CPropCollection() = default;
 
     CPropCollection& operator=(const CPropCollection&) = default;
+    /// As CopyFrom.
     CPropCollection& operator=(const std::vector<unsigned char>& image)
     {
         CopyFrom(image);

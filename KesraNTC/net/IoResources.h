@@ -13,13 +13,14 @@ namespace Kesra
 struct IoResources {
     EventHandle Read{EventHandle::AutoReset};
     EventHandle Write{EventHandle::AutoReset};
-    EventHandle SendFinished{
-        EventHandle::ManualReset}; ///< set when a write was accounted for, until the next one
+    /// Set when a write was accounted for, until the next one.
+    EventHandle SendFinished{EventHandle::ManualReset};
 
     CLock SendLock; ///< one sender at a time, also while it waits for the previous write
-    CLock
-        WriteLock; ///< OverlappedOUT, while a write begins and while somebody looks whether it has completed
-    CLock CloseLock; ///< a socket being closed, until nothing is outstanding on it; innermost
+    /// Guards OverlappedOUT while a write begins and while somebody looks whether it has completed.
+    CLock WriteLock;
+    /// Held while a socket is closed, until nothing is outstanding on it. Innermost.
+    CLock CloseLock;
     /// A write is outstanding: whoever finds it complete accounts for it, and only then may the next one
     /// begin. Changed under WriteLock.
     std::atomic<bool> IsWriting{false};

@@ -22,12 +22,12 @@
 /// with pushed messages. A waiting request blocks its thread until the reply with its serial is in, at most
 /// 20000 ms. It returns GS_OK with its out-parameters filled, the server's verdict in `result`; or
 /// GS_REPLY_ERROR with `result` 3 and the others untouched. A failed send and a missing reply disconnect the
-/// client.
+/// client. A waiting request waits its whole time even when its send failed or the connection ends meanwhile.
 ///
 /// Requests may be made from any thread, waiting ones not from a stub's handler: their reply could not be
 /// dispatched before the handler has returned. Text arguments travel up to their first NUL; a request never
-/// exceeds 4096 bytes, what does not fit is left out. Arguments whose meaning only the server knows are named
-/// by their place.
+/// exceeds 4096 bytes, what does not fit is left out. A `long` travels as its low 32 bits. Arguments whose
+/// meaning only the server knows are named by their place.
 class KESRANTC_API CNTProxy_CLToGS : public CNTProxy
 {
 public:

@@ -17,7 +17,8 @@
 /// 74 and attaches one object of it with CNTBaseClient::Attach.
 ///
 /// A handler's parameters are the message's payload in order: references to temporaries that die when the
-/// handler returns, so copy what is kept. What the packet did not hold is 0, empty or as constructed.
+/// handler returns, so copy what is kept. A `long` comes from 32 bits. What the packet did not hold is 0,
+/// empty or as constructed.
 /// Handlers run one at a time, with the connection's lock held, on the thread that drains the queue: the
 /// game's, or the receive thread while a request waits for its reply. They must not throw, and a waiting
 /// request made from one runs into its time limit. The number in front of each line is its message; what the
@@ -54,7 +55,7 @@ public:
     virtual void SC_World14012(std::vector<short>&) = 0;
     /// 14013: two values.
     virtual void SC_World14013(long&, short&) = 0;
-    /// 12002: a chat line, at most 200 characters.
+    /// 12002: a chat line, at most 200 bytes.
     virtual void SC_Chat(short&, CFixCharString<200>&) = 0;
     /// 12003: an avatar's movement report: who, then the three values of CS_AvatarMove.
     virtual void SC_AvatarMove(short&, CDRVector&, unsigned short&, unsigned long&) = 0;
@@ -80,7 +81,7 @@ public:
     virtual void SC_Event20001(TWorldItem&, long&) = 0;
     /// 16015: a whisper: an object ID and the message.
     virtual void SC_Wisper_Chat(unsigned long&, CFixCharString<200>&) = 0;
-    /// 16016: a whisper from afar: a value, an avatar name (at most 20 characters) and the message.
+    /// 16016: a whisper from afar: a value, an avatar name (at most 20 bytes) and the message.
     virtual void SC_Wisper_Chat_Wide(unsigned long&, CFixCharString<20>&, CFixCharString<200>&) = 0;
     /// 29003: one value.
     virtual void SC_Event29003(char&) = 0;

@@ -7,8 +7,7 @@ namespace Kesra
 enum MessageNumber : unsigned short {
     // What the client sends, by thousands: account, avatars, sessions and the clock answer (1000s), chat,
     // movement, items and combat (2000s), ki system and parameters (3000s), barter (4000s), party (5000s),
-    // skills
-    // (6000s), game masters (9000s).
+    // skills (6000s), game masters (9000s).
     CS_LOGON = 1002,
     CS_CREATE_AVATAR = 1003,
     CS_DELETE_AVATAR = 1004,

@@ -41,8 +41,10 @@ GS_RESULT CNTProxy_CLToGS::AskAndWait(unsigned short number, const std::tuple<co
                                       BeforeSerial... beforeSerial)
 {
     const std::unique_ptr<CNestedReply> record(PreNestedRequestReply());
-    if (record == nullptr)
+    if (record == nullptr) {
+        result = GS_REPLY_ERROR;
         return GS_REPLY_ERROR;
+    }
     CNTPacket packet{CNTPacket::Unzeroed{}};
     std::apply(
         [&](const Fields&... fields) {

@@ -39,7 +39,7 @@ public:
     /// The position: the truth of the own avatar, what is displayed of a remote object.
     void SetPos(CNTVector& pos) { Own.Pos = pos; }
     CNTVector GetPos() const { return Own.Pos; }
-    /// The direction of motion.
+    /// The direction of motion; a length other than 1 scales the speed.
     void SetVel(CNTVector& vel) { Own.Vel = vel; }
     CNTVector GetVel() const { return Own.Vel; }
     void SetSpeed(float speed) { Own.Speed = speed; }
@@ -48,6 +48,7 @@ public:
     void SetAY(float ay) { Own.AY = ay; }
     float GetAY() const { return Own.AY; }
 
+    /// What the next Move does; see DR_STATE.
     void SetDRState(DR_STATE state) { State = state; }
     DR_STATE GetDRState() const { return State; }
 

@@ -8,6 +8,7 @@
 class KESRANTC_API CNTVector
 {
 public:
+    /// All components 0.
     constexpr CNTVector() = default;
     /// The same number in all components.
     constexpr CNTVector(float v) : x(v), y(v), z(v) {}

@@ -4,7 +4,8 @@
 #include "KesraNTC/net/CNTPacket.h"
 #include "KesraNTC/platform/Export.h"
 
-/// One member of a party; what the fields mean is up to the message that carries them.
+/// One member of a party. No message of the library carries it; a game puts it into packets of its own and
+/// gives the fields their meaning.
 class KESRANTC_API CPartyMember
 {
 public:

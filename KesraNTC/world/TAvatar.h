@@ -11,6 +11,7 @@
 class KESRANTC_API TAvatar : public TObject
 {
 public:
+    /// As Init leaves it, of type TypeAvatar.
     TAvatar();
     /// An avatar of a default record that takes what assignment takes; dead-reckoning state 0, no last zone.
     TAvatar(const TAvatar& other);
@@ -24,13 +25,16 @@ public:
     /// stays.
     void Init();
 
+    /// The dead-reckoning state of the movement, which copying leaves out.
     void SetDRVectorState(DR_STATE state) { DR.SetDRState(state); }
 
     /// The animation the avatar is playing.
     short GetAniID() const { return AniID; }
     void SetAniID(short id) { AniID = id; }
+    /// Whether the avatar is shown transparent.
     bool IsTransparent() const { return TransparentFlag; }
     void SetTransparentFlag(bool transparent) { TransparentFlag = transparent; }
+    /// The template that the avatar is made from.
     short GetAvatarTemplateID() const { return AvatarTemplateID; }
     void SetAvatarTemplateID(short id) { AvatarTemplateID = id; }
 

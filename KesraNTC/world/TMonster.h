@@ -8,6 +8,7 @@
 class KESRANTC_API TMonster : public TObject
 {
 public:
+    /// As Init leaves it, of type TypeMonster.
     TMonster();
     /// A monster of a default record that takes what assignment takes.
     TMonster(const TMonster& other);
@@ -19,8 +20,10 @@ public:
     /// Restores the defaults: numbers 0, zones -1. The movement stays.
     void Init();
 
+    /// The dead-reckoning state of the movement, which copying leaves out.
     void SetDRVectorState(DR_STATE state) { DR.SetDRState(state); }
 
+    /// Which kind of monster it is.
     short GetMonsterTemplateID() const { return MonsterTemplateID; }
     void SetMonsterTemplateID(short id) { MonsterTemplateID = id; }
     /// The animation the monster is playing.

@@ -8,6 +8,7 @@
 class KESRANTC_API TNPC : public TObject
 {
 public:
+    /// As Init leaves it, of type TypeNPC and template 0.
     TNPC();
     /// A character of a default record that takes what assignment takes.
     TNPC(const TNPC& other);
@@ -18,6 +19,7 @@ public:
     /// Restores the defaults: identifier and session 0, zones -1. Movement and template stay.
     void Init();
 
+    /// Which character it is.
     short GetNpcTemplateID() const { return NpcTemplateID; }
     void SetNpcTemplateID(short id) { NpcTemplateID = id; }
 

@@ -22,8 +22,10 @@ public:
     /// Identifier and session 0, both zones -1; type and movement stay.
     void Init();
 
+    /// The object ID, a 32-bit value, by which messages call the object.
     unsigned long GetID() const { return ID; }
     void SetID(unsigned long id) { ID = id; }
+    /// One of the kinds above; 0 for none.
     unsigned long GetType() const { return Type; }
     void SetType(unsigned long type) { Type = type; }
 

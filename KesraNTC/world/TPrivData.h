@@ -44,11 +44,13 @@ public:
     float GetKI() const { return KI; }
     void SetKI(float ki) { KI = ki; }
 
+    /// The level, 1 in a fresh record.
     short GetLevel() const { return Level; }
     void SetLevel(short level) { Level = level; }
     /// Experience.
     int GetExp() const { return Exp; }
     void SetExp(int exp) { Exp = exp; }
+    /// What the ki system gives to attack, defence and intellect.
     short GetAtkReDivision() const { return AtkReDivision; }
     void SetAtkReDivision(short value) { AtkReDivision = value; }
     short GetDefReDivision() const { return DefReDivision; }
@@ -159,7 +161,7 @@ public:
     int PlyometricBonus;
     int KIBonus;
 
-    // Factor 4 scales MaxHP and factor 5 MaxMP.
+    // Factor 4 scales MaxHP and factor 5 MaxMP; the others are kept for the game.
     float JewelryFactor1;
     float JewelryFactor2;
     float JewelryFactor3;

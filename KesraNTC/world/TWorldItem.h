@@ -11,6 +11,7 @@
 class KESRANTC_API TWorldItem : public TObject
 {
 public:
+    /// As Init leaves it, of type TypeWorldItem.
     TWorldItem();
     /// An item of a default record that takes what assignment takes.
     TWorldItem(const TWorldItem& other);

@@ -3,7 +3,8 @@
 #include "KesraNTC/net/CNTPacket.h"
 #include "KesraNTC/platform/Export.h"
 
-/// One result of an attack; what the fields mean is up to the message that carries them.
+/// One result of an attack, in the shape of message 12006. No message of the library carries it as such; a
+/// game puts it into packets of its own and gives the fields their meaning.
 struct sAttackResult {
     int Value1 = 0;
     short Value2 = 0;

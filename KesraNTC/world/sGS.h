@@ -3,7 +3,7 @@
 #include "KesraNTC/net/CNTPacket.h"
 #include "KesraNTC/platform/Export.h"
 
-/// One entry of the list of game servers; what the fields mean is up to the message that carries them.
+/// One entry of the list of game servers (message 508); what the fields mean is for the server to say.
 struct sGS {
     short Value1 = 0;
     short Value2 = 0;

@@ -63,6 +63,14 @@ TEST_F(SocketTest, WhatIsNoSocketFailsEveryCall)
     }
 }
 
+TEST_F(SocketTest, AShutdownBeforeTheConnectionIsRefusedAndForgotten)
+{
+    EXPECT_EQ(SOCKET_ERROR, shutdown(Client, SD_BOTH));
+    EXPECT_EQ(WSAENOTCONN, WSAGetLastError());
+    ASSERT_EQ(0, Server.Connect(Client));
+    EXPECT_EQ(4, send(Client, "data", 4, 0));
+}
+
 TEST_F(SocketTest, ARefusedConnectionAndAnUnconnectedSocketSayWhy)
 {
     char data[4] = {};

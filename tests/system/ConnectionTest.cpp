@@ -423,6 +423,43 @@ TEST_F(Connection, DisconnectFreesASenderThatWaits)
     EXPECT_EQ(Game.Disconnections, 1);
 }
 
+/// Disconnect ends the read, which tells the receive thread, before it ends the write: a connection that
+/// begins in between must not meet the old one's write.
+TEST_F(Connection, ConnectingAgainWhileAWriteIsOutstanding)
+{
+    class Writer : public GameClient
+    {
+    public:
+        /// Until a write is outstanding; false when a send fails.
+        bool Fill()
+        {
+            char data[CNTPacket::Capacity] = {};
+            while (!IsSendPending())
+                if (SendPacket(data, sizeof data) != SendStarted)
+                    return false;
+            return true;
+        }
+    };
+    for (int round = 0; round < 20; ++round) {
+        Peer silent;
+        Writer writer;
+        EventHandle isTold{EventHandle::AutoReset};
+        bool isFilled = false;
+        writer.OnDisconnection = [&] {
+            if (writer.Disconnections == 1) {
+                isFilled = writer.ConnectToServer() && writer.Fill();
+                isTold.Set();
+            }
+        };
+        ASSERT_TRUE(writer.ConnectAndReceive(silent));
+        writer.SetSendBuffer(CNTPacket::Capacity);
+        ASSERT_TRUE(writer.Fill());
+        writer.Disconnect();
+        ASSERT_TRUE(isTold.Wait());
+        EXPECT_TRUE(isFilled) << round;
+    }
+}
+
 TEST_F(Connection, SendsThatCannotBe)
 {
     CNTPacket packet;
