@@ -10,28 +10,31 @@ namespace
 
 constexpr std::size_t TextRoom = 512;
 
+void LogText(const char* format, std::va_list arguments)
+{
+    char text[TextRoom];
+    Kesra::BoundedFormat(text, format, arguments);
+    CDebug::AppendDebugMsg("%s", text);
+}
+
 } // namespace
 
 void CLock::Enter(const char* format, ...)
 {
     Enter();
     CDebug::AppendDebugMsg("Enter ");
-    char text[TextRoom];
     std::va_list arguments;
     va_start(arguments, format);
-    Kesra::BoundedFormat(text, format, arguments);
+    LogText(format, arguments);
     va_end(arguments);
-    CDebug::AppendDebugMsg("%s", text);
 }
 
 void CLock::Leave(const char* format, ...)
 {
     Leave();
     CDebug::AppendDebugMsg("Leave ");
-    char text[TextRoom];
     std::va_list arguments;
     va_start(arguments, format);
-    Kesra::BoundedFormat(text, format, arguments);
+    LogText(format, arguments);
     va_end(arguments);
-    CDebug::AppendDebugMsg("%s", text);
 }
