@@ -1,6 +1,11 @@
 #pragma once
 
-// Everything a game includes, from the ground up.
+// Everything a game includes, from the ground up. docs/using.md tells a game's story from the first call to
+// the last; the header of each class has the details.
+
+// Comes first: it says what a compiler must understand.
+#include "KesraNTC/platform/Export.h"
+
 #include "KesraNTC/base/CDebug.h"
 #include "KesraNTC/base/CFile.h"
 #include "KesraNTC/base/CFixCharString.h"
@@ -14,10 +19,12 @@
 #include "KesraNTC/net/CNTBase.h"
 #include "KesraNTC/net/CNTBaseClient.h"
 #include "KesraNTC/net/CNTPacket.h"
+#include "KesraNTC/net/CNTStatistics.h"
 #include "KesraNTC/net/CNetClientIO.h"
 #include "KesraNTC/net/CNetIO.h"
 #include "KesraNTC/net/CPropCollection.h"
 #include "KesraNTC/net/DateEncoding.h"
+#include "KesraNTC/net/END_REASON.h"
 #include "KesraNTC/net/GS_RESULT.h"
 #include "KesraNTC/net/OVERLAPPED_PLUS.h"
 #include "KesraNTC/net/VariantEncoding.h"

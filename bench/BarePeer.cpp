@@ -48,6 +48,9 @@ int Listener::Connect() const
     const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
     const sockaddr_in address = Loopback(BoundPort);
     connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    // As the library's own sockets.
+    const int on = 1;
+    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     return descriptor;
 }
 

@@ -8,13 +8,13 @@ if(NOT WIN32)
   set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 endif()
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
-  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
-endif()
 
 # No fused multiply-add: dead reckoning computes the same bits on every machine.
-add_compile_options(-Wall -Wextra -Wshadow -Wconversion -ffp-contract=off)
+add_compile_options(-ffp-contract=off)
+if(PROJECT_IS_TOP_LEVEL)
+  # A game's build has its own idea of warnings, and compilers that nobody has tried here.
+  add_compile_options(-Wall -Wextra -Wshadow -Wconversion)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # GCC 12 sees overlaps in the concatenation of std::string that are none.
   add_compile_options(-Wno-restrict)

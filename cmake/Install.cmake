@@ -6,7 +6,8 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KesraNTC)
 install(TARGETS KesraNTC EXPORT KesraNTCTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(WIN32 AND TARGET kesra-demo)
   install(TARGETS kesra-demo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
@@ -16,16 +17,21 @@ if(WIN32)
   set(foreign_headers PATTERN "posix" EXCLUDE)
   string(REGEX MATCH "^[0-9]+" KESRANTC_GCC_MAJOR ${CMAKE_CXX_COMPILER_VERSION})
   configure_file(cmake/BuiltWith.h.in BuiltWith.h @ONLY)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/BuiltWith.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KesraNTC/platform)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/BuiltWith.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KesraNTC/platform COMPONENT headers)
 endif()
-install(DIRECTORY KesraNTC DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h" ${foreign_headers})
+# A component of its own, so that the headers can be looked at without building anything.
+install(DIRECTORY KesraNTC DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT headers FILES_MATCHING PATTERN "*.h"
+  PATTERN "private" EXCLUDE ${foreign_headers})
 
-configure_file(cmake/KesraNTCConfig.cmake.in KesraNTCConfig.cmake @ONLY)
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/KesraNTCConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES
-  ${CMAKE_CURRENT_BINARY_DIR}/KesraNTCConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KesraNTCConfigVersion.cmake
+  cmake/KesraNTCConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KesraNTCConfigVersion.cmake
   DESTINATION ${package_dir})
+
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
 
 # For pkg-config: the way from its own folder back to the prefix, and what a static library needs besides.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig

@@ -5,11 +5,15 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string>
+#include <string_view>
 
 namespace
 {
@@ -20,6 +24,20 @@ void Require(bool holds)
     if (!holds)
         std::abort();
 }
+
+constexpr const char* Integers = "diuxXob";
+constexpr const char* Reals = "eEfFgGaA";
+
+/// A size prefix, the runtime's word for it, and whether it asks for 64 bits.
+struct Size {
+    std::string_view Ours;
+    const char* Runtime;
+    bool IsLong;
+};
+constexpr Size Sizes[] = {{"", "", false},    {"hh", "hh", false}, {"h", "h", false}, {"l", "", false},
+                          {"ll", "ll", true}, {"q", "ll", true},   {"j", "ll", true}, {"z", "ll", true},
+                          {"t", "ll", true},  {"I", "ll", true},   {"L", "ll", true}, {"I64", "ll", true},
+                          {"I32", "", false}, {"w", "", false},    {"N", "", false}};
 
 /// One conversion in the words of the string and in those of the C runtime.
 struct Conversion {
@@ -39,6 +57,12 @@ struct Conversion {
         Runtime += text;
     }
 };
+
+const Size& SizeOf(const Conversion& conversion)
+{
+    return *std::find_if(
+        std::begin(Sizes), std::end(Sizes), [&](const Size& size) { return size.Ours == conversion.Size; });
+}
 
 int TakeStar(FuzzedDataProvider& input, bool& isComparable)
 {
@@ -74,13 +98,14 @@ Conversion TakeConversion(FuzzedDataProvider& input)
         conversion.Add(".");
         TakeNumber(input, conversion, conversion.HasStarPrecision, conversion.Precision);
     }
-    static constexpr const char* Sizes[] = {"", "h", "l", "I64", "F", "N"};
-    conversion.Size = input.PickValueInArray(Sizes);
-    conversion.Type = "diuxXoeEgGfsScCpn"[input.ConsumeIntegralInRange<int>(0, 16)];
+    constexpr std::string_view Types = "diuxXobeEfFgGaAsScCpn";
+    conversion.Size = std::string(input.PickValueInArray(Sizes).Ours);
+    conversion.Type = Types[input.ConsumeIntegralInRange<std::size_t>(0, Types.size() - 1)];
     conversion.Ours += conversion.Size + conversion.Type;
-    const bool isInteger = std::strchr("diuxXo", conversion.Type);
-    if (isInteger && (conversion.Size == "h" || conversion.Size == "I64"))
-        conversion.Runtime += conversion.Size == "h" ? "h" : "ll";
+    if (std::strchr(Integers, conversion.Type))
+        conversion.Runtime += SizeOf(conversion).Runtime;
+    else if (std::strchr(Reals, conversion.Type) && conversion.Size == "L")
+        conversion.Runtime += "L";
     conversion.Runtime += conversion.Type;
     return conversion;
 }
@@ -137,7 +162,7 @@ template <typename Value> void Compare(const Conversion& conversion, const std::
 
 void FormatInteger(const Conversion& conversion, const std::string& around, long long value)
 {
-    if (conversion.Size == "I64")
+    if (SizeOf(conversion).IsLong)
         Compare(conversion, around, value);
     else if (conversion.Size == "l")
         Format(conversion, around, static_cast<long>(value));
@@ -145,9 +170,17 @@ void FormatInteger(const Conversion& conversion, const std::string& around, long
         Compare(conversion, around, static_cast<int>(value));
 }
 
+/// Of any exponent; long doubles reach further than doubles.
+long double TakeLongDouble(FuzzedDataProvider& input)
+{
+    const long double digits = static_cast<long double>(input.ConsumeIntegral<long long>());
+    return std::ldexp(digits, input.ConsumeIntegralInRange<int>(-16500, 16320));
+}
+
 void FormatText(const Conversion& conversion, const std::string& around, FuzzedDataProvider& input)
 {
-    const bool isWide = conversion.Size == "l" || (conversion.Size != "h" && conversion.Type == 'S');
+    const bool isWide = conversion.Size == "l" || conversion.Size == "w" ||
+                        (conversion.Size != "h" && conversion.Size != "hh" && conversion.Type == 'S');
     const bool isNull = input.ConsumeIntegralInRange<int>(0, 15) == 0;
     const std::string text = input.ConsumeRandomLengthString(300);
     const std::u16string wide(text.begin(), text.end());
@@ -164,10 +197,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Conversion conversion = TakeConversion(input);
     std::string around = input.ConsumeRandomLengthString(20);
     std::erase_if(around, [](char ch) { return ch == '%' || ch == '\0'; });
+    // Directly before a letter F would be a size.
+    if (conversion.Type == 'F')
+        around.insert(0, 1, ' ');
     int untouched = 77;
-    if (std::strchr("diuxXo", conversion.Type))
+    if (std::strchr(Integers, conversion.Type))
         FormatInteger(conversion, around, input.ConsumeIntegral<long long>());
-    else if (std::strchr("eEgGf", conversion.Type))
+    else if (std::strchr(Reals, conversion.Type) && conversion.Size == "L")
+        Compare(conversion, around, TakeLongDouble(input));
+    else if (std::strchr(Reals, conversion.Type))
         Compare(conversion, around, input.ConsumeFloatingPoint<double>());
     else if (std::strchr("sS", conversion.Type))
         FormatText(conversion, around, input);

@@ -1,9 +1,9 @@
 #include "server/GameServer.h"
 
-#include "server/Network.h"
-#include "server/Peer.h"
-#include "server/Scenario.h"
-#include "server/Texts.h"
+#include "server/messages/Texts.h"
+#include "server/network/Network.h"
+#include "server/peer/Peer.h"
+#include "server/scenario/Scenario.h"
 
 #include <map>
 #include <optional>
@@ -45,16 +45,28 @@ public:
     World Game;
     PeerSettings Settings;
     std::map<PeerID, std::unique_ptr<Peer>> Peers;
-    std::shared_ptr<const std::vector<ScenarioStep>> Scenario;
+    std::shared_ptr<const Scenario> Loaded;
+    const bool StartsScenario;
+    const bool LoopsScenario;
     Network Net;
 
 private:
-    void SendClocks(std::chrono::milliseconds interval);
-    void RunStep(std::shared_ptr<const std::vector<ScenarioStep>> steps, std::size_t next,
-                 std::string starter);
-    void Perform(const ScenarioStep& step, const std::string& starter);
+    /// A scenario under way.
+    struct Run {
+        std::shared_ptr<const Scenario> Script;
+        std::string Starter; ///< the avatar that "me" stands for
+    };
+    using RunPointer = std::shared_ptr<Run>;
 
-    int RunningScenarios = 0; ///< each may wait for hours
+    RunPointer StartScenarioFor(const std::string& starter);
+    void SendClocks(std::chrono::milliseconds interval);
+    void PlayerEntered(Character& player);
+    void RunStep(const RunPointer& run, std::size_t next);
+    void EndRound(const RunPointer& run);
+    void Perform(const Scenario& scenario, const ScenarioStep& step, const std::string& starter);
+
+    int RunningScenarios = 0;     ///< each may wait for hours
+    std::weak_ptr<Run> Automatic; ///< what the last first player started
 };
 
 GameServer::Implementation::Implementation(const ServerOptions& options)
@@ -62,12 +74,15 @@ GameServer::Implementation::Implementation(const ServerOptions& options)
       Game([this](std::chrono::milliseconds delay, std::function<void()> work) {
           Net.After(delay, std::move(work));
       }),
-      Scenario(std::make_shared<std::vector<ScenarioStep>>()),
-      Net(options.Address, options.Port, *this, Record)
+      Loaded(std::make_shared<Scenario>()),
+      StartsScenario(options.StartsScenario),
+      LoopsScenario(options.LoopsScenario),
+      Net(options.Address, options.Port, options.Limits, *this, Record)
 {
     Settings.OpenAccounts = options.OpenAccounts;
     Settings.GameServers = {OwnEntry};
     Settings.StartScenario = [this](Character* starter) { StartScenario(starter); };
+    Settings.PlayerEntered = [this](Character& player) { PlayerEntered(player); };
     if (options.ClockInterval.count() > 0)
         SendClocks(options.ClockInterval);
     Net.Start();
@@ -82,7 +97,7 @@ GameServer::Implementation::~Implementation()
 
 void GameServer::Implementation::OnAccepted(PeerID peer, Link& link)
 {
-    Peers.emplace(peer, std::make_unique<Peer>(link, peer, Game, Record, Settings));
+    Peers.emplace(peer, std::make_unique<Peer>(link, Game, Record, Settings));
 }
 
 void GameServer::Implementation::OnPacket(PeerID peer, const unsigned char* bytes, std::size_t size)
@@ -105,40 +120,78 @@ void GameServer::Implementation::SendClocks(std::chrono::milliseconds interval)
     Net.After(interval, [this, interval] { SendClocks(interval); });
 }
 
+void GameServer::Implementation::PlayerEntered(Character& player)
+{
+    if (!StartsScenario || Game.PlayerCount() != 1)
+        return;
+    const RunPointer running = Automatic.lock();
+    if (LoopsScenario && running)
+        running->Starter = player.Name();
+    else
+        Automatic = StartScenarioFor(player.Name());
+}
+
 void GameServer::Implementation::StartScenario(Character* starter)
+{
+    StartScenarioFor(starter != nullptr ? starter->Name() : std::string());
+}
+
+GameServer::Implementation::RunPointer
+GameServer::Implementation::StartScenarioFor(const std::string& starter)
 {
     if (RunningScenarios == ScenarioLimit) {
         Record.Log("no scenario started: too many are running");
-        return;
+        return {};
     }
     ++RunningScenarios;
-    RunStep(Scenario, 0, starter != nullptr ? starter->Name() : std::string());
+    auto run = std::make_shared<Run>(Run{Loaded, starter});
+    RunStep(run, 0);
+    return run;
 }
 
-void GameServer::Implementation::RunStep(std::shared_ptr<const std::vector<ScenarioStep>> steps,
-                                         std::size_t next, std::string starter)
+void GameServer::Implementation::RunStep(const RunPointer& run, std::size_t next)
 {
-    while (next < steps->size()) {
-        const ScenarioStep& step = (*steps)[next++];
+    while (next < run->Script->Steps.size()) {
+        const ScenarioStep& step = run->Script->Steps[next++];
         if (step.Wait.count() == 0) {
-            Perform(step, starter);
+            Perform(*run->Script, step, run->Starter);
             continue;
         }
-        Net.After(step.Wait, [this, steps, &step, next, starter] {
-            Perform(step, starter);
-            RunStep(steps, next, starter);
+        Net.After(step.Wait, [this, run, &step, next] {
+            Perform(*run->Script, step, run->Starter);
+            RunStep(run, next);
         });
         return;
     }
-    --RunningScenarios;
+    EndRound(run);
 }
 
-void GameServer::Implementation::Perform(const ScenarioStep& step, const std::string& starter)
+void GameServer::Implementation::EndRound(const RunPointer& run)
 {
+    const auto goOn = [this, run] {
+        if (Game.PlayerCount() > 0)
+            RunStep(run, 0);
+        else
+            --RunningScenarios;
+    };
+    if (!LoopsScenario || run->Script->Length().count() == 0)
+        --RunningScenarios;
+    else if (run->Script->FinalWait.count() == 0)
+        goOn();
+    else
+        Net.After(run->Script->FinalWait, goOn);
+}
+
+void GameServer::Implementation::Perform(const Scenario& scenario, const ScenarioStep& step,
+                                         const std::string& starter)
+{
+    const auto complain = [&](const std::string& what) {
+        Record.Log("scenario " + scenario.Place(step.Line) + ": " + what);
+    };
     const auto find = [&](const std::string& name) {
         Character* character = Game.FindCharacter(name == "me" ? starter : WireText(name));
         if (character == nullptr)
-            Record.Log("scenario line " + std::to_string(step.Line) + ": nobody is called " + name);
+            complain("nobody is called " + name);
         return character;
     };
     const auto idOf = [&](const std::string& name) {
@@ -150,7 +203,7 @@ void GameServer::Implementation::Perform(const ScenarioStep& step, const std::st
     try {
         built.emplace(step.Build(idOf));
     } catch (const std::runtime_error& error) {
-        Record.Log("scenario line " + std::to_string(step.Line) + ": " + error.what());
+        complain(error.what());
         return;
     }
     const CNTPacket& packet = *built;
@@ -185,10 +238,13 @@ void GameServer::PushAll(const CNTPacket& packet)
     Push(Everyone, packet);
 }
 
-void GameServer::LoadScenario(const std::string& text)
+void GameServer::LoadScenario(const std::string& text, const std::string& name)
 {
-    auto steps = std::make_shared<const std::vector<ScenarioStep>>(ParseScenario(text));
-    Inner->Net.Call([&] { Inner->Scenario = steps; });
+    const auto scenario = std::make_shared<const Scenario>(ParseScenario(text, name));
+    if (Inner->LoopsScenario && !scenario->Steps.empty() && scenario->Length().count() == 0)
+        throw std::runtime_error((name.empty() ? "" : name + ": ") +
+                                 "a scenario that loops needs a line such as wait 1000");
+    Inner->Net.Call([&] { Inner->Loaded = scenario; });
 }
 
 void GameServer::StartScenario()

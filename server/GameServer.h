@@ -1,7 +1,8 @@
 #pragma once
 
 #include "server/Faults.h"
-#include "server/Recorder.h"
+#include "server/Limits.h"
+#include "server/scenario/Recorder.h"
 
 #include <chrono>
 #include <functional>
@@ -21,7 +22,13 @@ struct ServerOptions {
     std::chrono::milliseconds ClockInterval{5000};
     /// An unknown account comes into being when it logs on.
     bool OpenAccounts = true;
-    /// Receives every log line, on the server's thread.
+    ServerLimits Limits;
+    /// The scenario starts by itself when somebody enters a play session and nobody else is in any.
+    bool StartsScenario = false;
+    /// A scenario begins again when it is over, as long as anybody is in a play session.
+    bool LoopsScenario = false;
+    /// Receives every log line, which begins with the time (UTC), on the server's thread: it must not block.
+    /// LogWriter writes to streams that may.
     std::function<void(const std::string&)> Log;
 };
 
@@ -52,8 +59,9 @@ public:
     void PushAll(const CNTPacket& packet);
 
     /// Loads a scenario (docs/server.md) for StartScenario and the chat line "/scenario"; throws
-    /// std::runtime_error naming the line that is wrong.
-    void LoadScenario(const std::string& text);
+    /// std::runtime_error naming the line and value that is wrong and what would fit. The name, of its file
+    /// say, stands in front of that.
+    void LoadScenario(const std::string& text, const std::string& name = {});
     void StartScenario();
 
     /// Misbehaviour from now on, for one connection or for all, those to come included.

@@ -1,7 +1,7 @@
 #include "KesraNTC/base/CFile.h"
 
-#include "KesraNTC/base/BoundedFormat.h"
 #include "KesraNTC/base/Trace.h"
+#include "KesraNTC/base/private/BoundedFormat.h"
 
 #include <cstdarg>
 #include <cstring>

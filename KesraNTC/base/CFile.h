@@ -22,7 +22,7 @@ public:
     /// Closes the open file, if any.
     void Close();
 
-    /// Writes a printf-style text, cut to 511 bytes, without a terminator.
+    /// Writes a text, formatted as CString::Format does and cut to 511 bytes, without a terminator.
     void Write(const char* format, ...) KESRANTC_PRINTF(2, 3);
     /// Writes n bytes. Character data must be passed as `const void*` to be told from a format.
     void Write(const void* data, unsigned int n);

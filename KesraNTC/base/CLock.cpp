@@ -1,7 +1,7 @@
 #include "KesraNTC/base/CLock.h"
 
-#include "KesraNTC/base/BoundedFormat.h"
 #include "KesraNTC/base/CDebug.h"
+#include "KesraNTC/base/private/BoundedFormat.h"
 
 #include <cstdarg>
 

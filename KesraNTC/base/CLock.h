@@ -19,7 +19,8 @@ public:
     /// Undoes one Enter of this thread.
     void Leave() { LeaveCriticalSection(&Section); }
 
-    /// Enters, then logs "Enter " and the printf-style text, cut to 511 bytes, as two lines.
+    /// Enters, then logs "Enter " and the text, formatted as CString::Format does and cut to 511 bytes, as
+    /// two lines.
     void Enter(const char* format, ...) KESRANTC_PRINTF(2, 3);
     /// Leaves, then logs "Leave " and the text in the same way, outside the lock.
     void Leave(const char* format, ...) KESRANTC_PRINTF(2, 3);

@@ -1,6 +1,6 @@
 #include "KesraNTC/base/COLEDateTime.h"
 
-#include "KesraNTC/base/Truncate.h"
+#include "KesraNTC/base/private/Truncate.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,12 +1,14 @@
 #include "KesraNTC/base/CString.h"
 
 #include "KesraNTC/platform/Platform.h"
+#include "KesraNTC/platform/private/DoubleByte.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <vector>
 
 constinit Kesra::EmptyText Kesra::SharedEmptyText = {{-1, 0, 0}, '\0'};
 
@@ -43,9 +45,36 @@ int CombinedLength(int left, std::size_t right)
     return left + static_cast<int>(right);
 }
 
-const unsigned char* Bytes(const char* text)
+// The bytes of the characters before the NUL or half a character.
+int WholeLength(const char* text)
 {
-    return reinterpret_cast<const unsigned char*>(text ? text : "");
+    const char* at = text;
+    while (at - text < LongestText && Kesra::NextCharacter(at) != 0) {
+    }
+    return static_cast<int>(at - text);
+}
+
+int CollateKorean(const char* left, const char* right, DWORD flags)
+{
+    constexpr LCID Korean = 0x0412;
+    const int order =
+        CompareStringA(Korean, SORT_STRINGSORT | flags, left, WholeLength(left), right, WholeLength(right));
+    return order - CSTR_EQUAL;
+}
+
+// A character of more than 16 bits becomes two units.
+template <typename Character> std::vector<unsigned short> WideUnits(const Character* text)
+{
+    std::vector<unsigned short> units;
+    for (; text && *text; ++text) {
+        const auto code = static_cast<char32_t>(*text);
+        if (code > 0xFFFF)
+            units.push_back(static_cast<unsigned short>(0xD7C0 + (code >> 10)));
+        units.push_back(static_cast<unsigned short>(code > 0xFFFF ? 0xDC00 + (code & 0x3FF) : code));
+    }
+    if (units.size() > static_cast<std::size_t>(LongestText / 2))
+        throw std::bad_alloc();
+    return units;
 }
 
 // A private buffer of `length` characters, terminated there, in a block that has room for `room`.
@@ -98,6 +127,16 @@ CString::CString(const unsigned short* text, int length) : CString()
     AssignWide(text, text ? length : 0);
 }
 
+CString::CString(const wchar_t* text) : CString()
+{
+    *this = text;
+}
+
+CString::CString(const char16_t* text) : CString()
+{
+    *this = text;
+}
+
 CString& CString::operator=(const CString& other)
 {
     if (Characters == other.Characters)
@@ -112,7 +151,8 @@ CString& CString::operator=(const CString& other)
     return *this;
 }
 
-CString& CString::operator=(CString&& other)
+CString&
+CString::operator=(CString&& other) // NOLINT(performance-noexcept-move-constructor): may have to copy
 {
     if (IsLocked() || other.Data()->RefCount.load(std::memory_order_relaxed) < 0)
         return *this = static_cast<const CString&>(other);
@@ -134,6 +174,20 @@ CString& CString::operator=(const unsigned char* text)
 CString& CString::operator=(const unsigned short* text)
 {
     AssignWide(text, WideLength(text));
+    return *this;
+}
+
+CString& CString::operator=(const wchar_t* text)
+{
+    const std::vector<unsigned short> wide = WideUnits(text);
+    AssignWide(wide.data(), static_cast<int>(wide.size()));
+    return *this;
+}
+
+CString& CString::operator=(const char16_t* text)
+{
+    const std::vector<unsigned short> wide = WideUnits(text);
+    AssignWide(wide.data(), static_cast<int>(wide.size()));
     return *this;
 }
 
@@ -163,8 +217,8 @@ char* CString::GetBuffer(int minLength)
 {
     if (IsShared() || minLength > GetRoom())
         MoveTo(Allocate(std::max(minLength, GetLength())));
-    else
-        Data()->AllocLength = std::max(GetAllocLength(), minLength);
+    else if (minLength > GetAllocLength())
+        Data()->AllocLength = minLength;
     return Characters;
 }
 
@@ -231,22 +285,23 @@ CString operator+(char left, const CString& right)
 
 int CString::Compare(const char* other) const
 {
-    return _mbscmp(Bytes(Characters), Bytes(other));
+    return Kesra::CompareCharacters(
+        Characters, other ? other : "", [](unsigned int ch) { return ch; });
 }
 
 int CString::CompareNoCase(const char* other) const
 {
-    return _mbsicmp(Bytes(Characters), Bytes(other));
+    return Kesra::CompareCharacters(Characters, other ? other : "", Kesra::ToLower);
 }
 
 int CString::Collate(const char* other) const
 {
-    return _mbscoll(Bytes(Characters), Bytes(other));
+    return CollateKorean(Characters, other ? other : "", 0);
 }
 
 int CString::CollateNoCase(const char* other) const
 {
-    return _mbsicoll(Bytes(Characters), Bytes(other));
+    return CollateKorean(Characters, other ? other : "", NORM_IGNORECASE);
 }
 
 // A buffer of exactly `length` characters, already terminated there; the shared empty one for no characters.

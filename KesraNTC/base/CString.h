@@ -30,8 +30,9 @@ KESRANTC_API extern EmptyText SharedEmptyText;
 
 /// A text in the ANSI code page. Copies share one buffer until one of them is modified, so passing a string
 /// by value costs one atomic increment. A character is a byte; searching, comparing, case mapping and
-/// reversal take a double-byte character as one. Indexes and lengths count bytes. A null pointer counts as
-/// the empty text.
+/// reversal take a double-byte character of code page 949 as one, whatever locale and multibyte code page the
+/// game has set, and stop at half a character that ends the text. Indexes and lengths count bytes. A null
+/// pointer counts as the empty text.
 ///
 /// Strings that share a buffer may live on different threads; one string object belongs to one thread at a
 /// time. A text that memory cannot hold, or that would pass 2 GiB, throws std::bad_alloc, which a game cannot
@@ -49,6 +50,9 @@ public:
     CString(const unsigned short* text);
     /// Takes the first `length` characters of a 16-bit wide text; a NUL among them ends the text.
     CString(const unsigned short* text, int length);
+    /// Take a wide text as the compiler writes it, L"text", and as an automation text (`BSTR`) holds it.
+    CString(const wchar_t* text);
+    CString(const char16_t* text);
     /// Shares the buffer, or copies the characters of a locked string.
     CString(const CString& other);
     /// Takes the buffer over and leaves the other text empty.
@@ -57,10 +61,12 @@ public:
 
     /// As the constructors, but a string moved from may keep a text. A locked buffer is used if it has room.
     CString& operator=(const CString& other);
-    CString& operator=(CString&& other);
+    CString& operator=(CString&& other); // NOLINT(performance-noexcept-move-constructor): may have to copy
     CString& operator=(const char* text);
     CString& operator=(const unsigned char* text);
     CString& operator=(const unsigned short* text);
+    CString& operator=(const wchar_t* text);
+    CString& operator=(const char16_t* text);
     CString& operator=(char ch);
 
     /// Bytes of the text, terminator excluded.
@@ -117,7 +123,7 @@ public:
     int Compare(const char* other) const;
     /// The same, upper and lower case being equal.
     int CompareNoCase(const char* other) const;
-    /// The same, in the order of the language of the ANSI code page.
+    /// The same, in the order of a Korean dictionary as the system knows it.
     int Collate(const char* other) const;
     /// The same, upper and lower case being equal.
     int CollateNoCase(const char* other) const;
@@ -172,11 +178,23 @@ public:
     void CharToOemA();
     /// Converts the text from the OEM to the ANSI code page.
     void OemToCharA();
-    /// Formats with the printf conversions c C s S d i u x X o p e E g G f, their flags, width, precision and
-    /// *, and the sizes h, l, F, N and I64. S and ls take a 16-bit wide text, p prints all digits of an
-    /// address, n skips its pointer and writes nothing, any other letter stands for itself. Integers have 32
-    /// bits, with h 16, with I64 64. A null text prints as "(null)". Fields grow to 1048576 characters; a
-    /// NUL ends the result. The arguments may be texts of this very string.
+    /// Formats with the printf conversions of ISO C, the same text on every system and in every locale: the
+    /// letters d i u x X o b B e E f F g G a A c s p n, the flags - + space 0 #, width, precision and *.
+    ///
+    /// The sizes: an integer has 32 bits, of which hh takes the low 8 and h the low 16; ll, q, j, L and I64
+    /// are 64 bits; z, t and I those of a pointer; l takes a `long`, of which the low 32 bits count, and I32
+    /// and w an int. L before e f g a takes a `long double` as this compiler has it. F before another letter
+    /// and N anywhere are skipped, as are the flags ' and I.
+    ///
+    /// Where ISO C leaves it open: c and s take bytes, and with l or w, or as C and S (unless h stands
+    /// before), a 16-bit wide character or text. A null text is "(null)". p prints all digits of an address
+    /// in capitals. n skips its pointer and writes nothing. The flag 0 fills texts and characters with zeros
+    /// too;
+    /// + and space do nothing to unsigned numbers. Infinity is inf, what is no number nan, after its sign;
+    /// the decimal point is a point. Any other letter stands for itself and takes no argument.
+    ///
+    /// Fields grow to 1048576 characters; a NUL ends the result. The arguments may be texts of this very
+    /// string.
     void Format(const char* format, ...);
     void FormatV(const char* format, va_list arguments);
     /// Formats a message whose inserts %1 to %99, each perhaps with a printf format as in %2!d!, stand in any

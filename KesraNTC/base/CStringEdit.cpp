@@ -1,22 +1,39 @@
 #include "KesraNTC/base/CString.h"
-#include "KesraNTC/base/CharacterScan.h"
+#include "KesraNTC/base/private/CharacterScan.h"
+#include "KesraNTC/platform/Platform.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
 #include <functional>
 #include <new>
+#include <string>
 
 namespace
 {
-unsigned char* Bytes(char* text)
+// Every mapping keeps a character's width.
+template <typename Map> void MapCharacters(char* text, Map map)
 {
-    return reinterpret_cast<unsigned char*>(text);
+    const char* at = text;
+    while (unsigned int character = Kesra::NextCharacter(at)) {
+        character = map(character);
+        if (character > 0xFF)
+            *text++ = static_cast<char>(character >> 8);
+        *text++ = static_cast<char>(character & 0xFF);
+    }
 }
 
 bool IsWhiteSpace(char ch)
 {
     return ch == ' ' || (ch >= '\t' && ch <= '\r');
+}
+
+// What a code page lacks may become shorter or longer, and half a character may take the terminator with it.
+template <typename Convert> std::string Converted(const char* text, Convert convert)
+{
+    std::string converted(2 * std::strlen(text) + 2, '\0');
+    convert(text, converted.data());
+    return converted;
 }
 
 std::size_t Count(std::string_view text, std::string_view wanted)
@@ -51,19 +68,24 @@ void CopyReplacing(char* target, std::string_view text, std::string_view wanted,
 void CString::MakeUpper()
 {
     CopyBeforeWrite();
-    _mbsupr(Bytes(Characters));
+    MapCharacters(Characters, Kesra::ToUpper);
 }
 
 void CString::MakeLower()
 {
     CopyBeforeWrite();
-    _mbslwr(Bytes(Characters));
+    MapCharacters(Characters, Kesra::ToLower);
 }
 
 void CString::MakeReverse()
 {
     CopyBeforeWrite();
-    _mbsrev(Bytes(Characters));
+    // Turning each double-byte character round first leaves it right after all bytes have been turned round.
+    char* end = Characters;
+    for (const char* at = end; Kesra::NextCharacter(at); end = Characters + (at - Characters))
+        if (at - end == 2)
+            std::swap(end[0], end[1]);
+    std::reverse(Characters, end);
 }
 
 int CString::Replace(char oldChar, char newChar)
@@ -167,18 +189,12 @@ void CString::TrimRight(const char* set)
 
 void CString::CharToOemA()
 {
-    if (IsSharedEmpty())
-        return;
-    CopyBeforeWrite();
-    ::CharToOemA(Characters, Characters);
+    *this = Converted(Characters, ::CharToOemA).c_str();
 }
 
 void CString::OemToCharA()
 {
-    if (IsSharedEmpty())
-        return;
-    CopyBeforeWrite();
-    ::OemToCharA(Characters, Characters);
+    *this = Converted(Characters, ::OemToCharA).c_str();
 }
 
 bool CString::IsOwn(const char* text) const noexcept

@@ -1,6 +1,7 @@
 #include "KesraNTC/base/CString.h"
-#include "KesraNTC/base/CharacterScan.h"
-#include "KesraNTC/platform/PrintfField.h"
+#include "KesraNTC/base/private/CharacterScan.h"
+#include "KesraNTC/platform/private/PrintfField.h"
+#include "KesraNTC/platform/private/PrintfReal.h"
 
 #include <climits>
 #include <cstring>
@@ -50,6 +51,8 @@ void Formatter::PrintField(const PrintfField& field)
 {
     if (field.IsInteger())
         Kesra::AppendInteger(Output, field, NextInteger(field.Size));
+    else if (field.IsReal() && field.Size == PrintfField::Width::Extended)
+        Kesra::AppendReal(Output, field, va_arg(Arguments, long double));
     else if (field.IsReal())
         Kesra::AppendReal(Output, field, va_arg(Arguments, double));
     else if (field.IsText() && field.IsWide())
@@ -79,11 +82,17 @@ void Formatter::PrintCharacter(const PrintfField& field)
 
 std::uint64_t Formatter::NextInteger(PrintfField::Width size)
 {
-    if (size == PrintfField::Width::Quad)
+    switch (size) {
+    case PrintfField::Width::Quad: // NOLINT(bugprone-branch-clone): the types differ, not everywhere in size
+    case PrintfField::Width::Extended:
         return static_cast<std::uint64_t>(va_arg(Arguments, long long));
-    if (size == PrintfField::Width::Long)
+    case PrintfField::Width::Native:
+        return static_cast<std::uint64_t>(va_arg(Arguments, std::intptr_t));
+    case PrintfField::Width::Long:
         return static_cast<std::uint64_t>(va_arg(Arguments, long));
-    return static_cast<std::uint64_t>(va_arg(Arguments, int));
+    default:
+        return static_cast<std::uint64_t>(va_arg(Arguments, int));
+    }
 }
 } // namespace
 

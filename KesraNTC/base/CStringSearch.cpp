@@ -1,15 +1,10 @@
 #include "KesraNTC/base/CString.h"
-#include "KesraNTC/base/CharacterScan.h"
+#include "KesraNTC/base/private/CharacterScan.h"
 
 #include <algorithm>
 
 namespace
 {
-const unsigned char* Bytes(const char* text)
-{
-    return reinterpret_cast<const unsigned char*>(text ? text : "");
-}
-
 int ToIndex(std::size_t found)
 {
     return found == std::string_view::npos ? -1 : static_cast<int>(found);
@@ -49,8 +44,9 @@ int CString::ReverseFind(char ch) const
 
 int CString::FindOneOf(const char* set) const
 {
-    const unsigned char* found = _mbspbrk(Bytes(Characters), Bytes(set));
-    return found ? static_cast<int>(found - Bytes(Characters)) : -1;
+    const char* found = Characters + Kesra::LeadingSpan(Characters, set ? set : "", false);
+    const char* behind = found;
+    return Kesra::NextCharacter(behind) ? static_cast<int>(found - Characters) : -1;
 }
 
 CString CString::Left(int count) const

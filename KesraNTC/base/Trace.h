@@ -2,6 +2,6 @@
 
 #include "KesraNTC/platform/Export.h"
 
-/// Takes a printf-style message and discards it. What is passed here never reaches the log; a debugger can
-/// break on it. Safe from any thread.
+/// Takes a printf-style message, which never reaches the log, and discards it unless a hook wants it (see
+/// CDebug::SetTraceHook). A debugger can break on it. Safe from any thread.
 KESRANTC_API void TRACE(const char* format, ...);

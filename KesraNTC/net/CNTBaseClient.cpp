@@ -1,10 +1,13 @@
 #include "KesraNTC/net/CNTBaseClient.h"
 
 #include "KesraNTC/base/CDebug.h"
-#include "KesraNTC/base/Korean.h"
 #include "KesraNTC/base/Trace.h"
-#include "KesraNTC/rpc/CNTProxy.h"
-#include "KesraNTC/rpc/MessageNumbers.h"
+#include "KesraNTC/base/private/Korean.h"
+
+#include "KesraNTC/net/private/Backlog.h"
+#include "KesraNTC/net/private/ClientState.h"
+#include "KesraNTC/net/private/Drain.h"
+#include "KesraNTC/net/private/IoState.h"
 
 #include <algorithm>
 #include <atomic>
@@ -22,19 +25,6 @@ std::atomic_ref<unsigned int> Shared(unsigned int& value)
     return std::atomic_ref<unsigned int>(value);
 }
 
-/// True while a queue is being dispatched.
-class DispatchMark
-{
-public:
-    explicit DispatchMark(bool& inDispatch) : InDispatch(inDispatch) { InDispatch = true; }
-    ~DispatchMark() { InDispatch = false; }
-    DispatchMark(const DispatchMark&) = delete;
-    DispatchMark& operator=(const DispatchMark&) = delete;
-
-private:
-    bool& InDispatch;
-};
-
 } // namespace
 
 CNTBaseClient::CNTBaseClient()
@@ -45,9 +35,9 @@ CNTBaseClient::CNTBaseClient()
       ServerAddr{},
       NetTime(0),
       ServerTime(0),
-      Latency(0)
+      Latency(0),
+      State(std::make_shared<ClientState>())
 {
-    Dispatching.Whole.reserve(InitialQueue);
     Init();
 }
 
@@ -56,7 +46,8 @@ CNTBaseClient::~CNTBaseClient()
     StopReceiving();
 }
 
-CNTBaseClient::CNTBaseClient(const CNTBaseClient& other) : CNetClientIO(other), CNTBase(other)
+CNTBaseClient::CNTBaseClient(const CNTBaseClient& other)
+    : CNetClientIO(other), CNTBase(other), State(std::make_shared<ClientState>())
 {
     CopyFrom(other);
 }
@@ -91,14 +82,6 @@ bool CNTBaseClient::Attach(CNTStub* stub)
     return true;
 }
 
-bool CNTBaseClient::Attach(CNTProxy* proxy)
-{
-    Proxy = proxy;
-    if (proxy != nullptr)
-        proxy->Client = this;
-    return true;
-}
-
 bool CNTBaseClient::SetServerAddr(const char* address)
 {
     if (address == nullptr || std::strlen(address) >= sizeof ServerAddr)
@@ -115,45 +98,13 @@ void CNTBaseClient::SetServerPort(unsigned long port)
 unsigned long CNTBaseClient::ProcessQueuedMessageFromServer()
 {
     const Locked dispatching(Lock);
-    if (InDispatch)
+    if (State->InDispatch)
         return 0;
-    const DispatchMark mark(InDispatch);
-    TakeQueue(Dispatching);
-    for (CNTPacket& packet : Dispatching.Whole)
-        ProcessPacketFromServer(packet);
-    const std::size_t dispatched = Dispatching.Whole.size() + DispatchFlood();
-    Dispatching.Whole.clear();
-    Dispatching.Flood.clear();
-    GiveBackQueue(dispatched);
+    const DispatchMark mark(*State);
+    Drain drain(*this);
+    while (CNTPacket* packet = drain.Next())
+        ProcessPacketFromServer(*packet);
     return 0;
-}
-
-std::size_t CNTBaseClient::DispatchFlood()
-{
-    std::size_t dispatched = 0;
-    CNTPacket packet{CNTPacket::Unzeroed{}};
-    const std::vector<unsigned char>& flood = Dispatching.Flood;
-    for (std::size_t at = 0; at < flood.size(); at += packet.GetBufSize()) {
-        unsigned short size = 0;
-        std::memcpy(&size, flood.data() + at + 2, sizeof size);
-        packet.SetBufSize(0);
-        packet.SetBufPoint(0);
-        packet.Write(flood.data() + at, size);
-        packet.SetBufPoint(0);
-        ProcessPacketFromServer(packet);
-        packet.SetBufSize(size);
-        ++dispatched;
-    }
-    return dispatched;
-}
-
-void CNTBaseClient::GiveBackQueue(std::size_t dispatched)
-{
-    // What a flood needed goes with it; a dense stream, flood upon flood, keeps it.
-    const bool isDense = dispatched > InitialQueue && LastDispatched > InitialQueue;
-    LastDispatched = dispatched;
-    if (!isDense)
-        std::vector<unsigned char>().swap(Dispatching.Flood);
 }
 
 unsigned long CNTBaseClient::ProcessPacketFromServer(CNTPacket&)
@@ -169,12 +120,42 @@ unsigned long CNTBaseClient::SendToServer(CNTPacket& packet)
         Close();
         return SendWithoutBuffer;
     }
-    return SendPacket(reinterpret_cast<char*>(buffer), packet.GetBufSize());
+    const unsigned long result = SendPacket(reinterpret_cast<char*>(buffer), packet.GetBufSize());
+    // A request waits for a reply that nobody would read.
+    if (Received->IsPaused && IsReplyAwaited())
+        Io->Wake.Set();
+    return result;
 }
 
-void CNTBaseClient::Disconnect()
+std::shared_ptr<ClientConnection> CNTBaseClient::NewestConnection()
 {
-    Close();
+    const Locked reading(Io->SendLock);
+    return Io->Current;
+}
+
+std::shared_ptr<ClientConnection> CNTBaseClient::SpokenConnection()
+{
+    for (const auto& connection : State->GetReceivers())
+        if (connection->IsCurrent())
+            return connection;
+    return NewestConnection();
+}
+
+END_REASON CNTBaseClient::GetEndReason()
+{
+    const std::shared_ptr<ClientConnection> connection = SpokenConnection();
+    return connection != nullptr ? connection->GetEndReason() : END_NONE;
+}
+
+unsigned long CNTBaseClient::GetEndError()
+{
+    const std::shared_ptr<ClientConnection> connection = SpokenConnection();
+    return connection != nullptr ? connection->GetEndError() : 0;
+}
+
+ConnectionKey CNTBaseClient::GetConnectionKey() const
+{
+    return {Io.get(), Io->Generation};
 }
 
 void CNTBaseClient::UpdateFrame()
@@ -185,7 +166,7 @@ void CNTBaseClient::UpdateFrame()
 void CNTBaseClient::CheckTraffic()
 {
     const COLEDateTime now = COLEDateTime::GetTickCount();
-    const Locked dating(QueueLock);
+    const Locked dating(State->ReceiverLock);
     if ((now - TrafficTime).GetTotalSeconds() < TrafficPeriodSeconds)
         return;
     TRACE("5초 송신량 : %d       수신량 : %d\n"_949, static_cast<int>(GetSendBytes()),
@@ -193,31 +174,6 @@ void CNTBaseClient::CheckTraffic()
     InitSendBytes();
     InitRecvBytes();
     TrafficTime = now;
-}
-
-GS_RESULT CNTBaseClient::SC_SetNetTime(unsigned long& serverTime, unsigned long& latency)
-{
-    const DWORD now = ::GetTickCount();
-    const unsigned int before = Shared(NetTime).load();
-    if (before != 0) {
-        unsigned long estimate = static_cast<std::uint32_t>(Shared(ServerTime).load() + (now - before));
-        CS_ResponseNetTime(estimate);
-    }
-    SetNetTime(now);
-    SetLatency(latency);
-    Shared(ServerTime).store(static_cast<unsigned int>(serverTime));
-    return GS_OK;
-}
-
-GS_RESULT CNTBaseClient::CS_ResponseNetTime(unsigned long& estimate)
-{
-    CNTPacket packet{CNTPacket::Unzeroed{}};
-    packet << static_cast<unsigned short>(CS_RESPONSE_NET_TIME) << static_cast<unsigned short>(0) << estimate;
-    if (SendToServer(packet) == SendFailed) {
-        CDebug::AppendDebugMsg("Send Error!!! NetTime보내다가에러 났다"_949);
-        Disconnect();
-    }
-    return GS_OK;
 }
 
 void CNTBaseClient::SetNetTime(unsigned long milliseconds)

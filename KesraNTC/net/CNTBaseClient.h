@@ -2,20 +2,22 @@
 
 #include "KesraNTC/base/COLEDateTime.h"
 #include "KesraNTC/net/CNTBase.h"
+#include "KesraNTC/net/CNTStatistics.h"
 #include "KesraNTC/net/CNetClientIO.h"
+#include "KesraNTC/net/END_REASON.h"
 #include "KesraNTC/net/GS_RESULT.h"
 
-#include <atomic>
 #include <memory>
-#include <vector>
 
 class CNTProxy;
 class CNTStub;
 
 namespace Kesra
 {
-class ReceiveThread;
-}
+struct ClientState;
+struct ConnectionKey;
+class ClientConnection;
+} // namespace Kesra
 
 /// The game's connection to one game server: connects, runs the receive thread, queues received packets and
 /// hands them to ProcessPacketFromServer, sends, counts traffic and answers the server's clock.
@@ -26,7 +28,14 @@ class ReceiveThread;
 ///
 /// Received packets are dispatched on the thread that calls ProcessQueuedMessageFromServer; while a request
 /// of the attached proxy waits for its reply, or when ProcessOnRecvThread is set, also on the receive thread.
-/// The connection's lock is held meanwhile, so that one packet is dispatched at a time.
+/// The connection's lock is held meanwhile, so that one packet is dispatched at a time. An exception that a
+/// handler throws on the game's thread leaves ProcessQueuedMessageFromServer: its packet counts as handled,
+/// those behind it stay queued in order. On the receive thread, and on Windows through the DLL unless game
+/// and DLL share their C++ runtime, it ends the process.
+///
+/// Nothing waits for the server but ConnectToServer and waiting requests. Every connection that
+/// ConnectToServer has begun ends in one call of ProcessDisconnection; GetEndReason says why. A normal
+/// Disconnect logs "error 995" of the read that it ends: that is how an end on purpose looks.
 class KESRANTC_API CNTBaseClient : public CNetClientIO, public CNTBase
 {
 public:
@@ -41,8 +50,8 @@ public:
     CNTBaseClient(const CNTBaseClient&);
     CNTBaseClient& operator=(const CNTBaseClient&);
 
-    /// The connection ended: called once for every connection whose first read was started, on the receive
-    /// thread. It may call ConnectToServer again, and it may delete the client.
+    /// The connection ended: called once for every connection that was begun, on its receive thread. It may
+    /// call Disconnect and ConnectToServer as often as it likes, and it may delete the client at any moment.
     virtual void ProcessDisconnection() = 0;
     /// One received packet, its position at 0, the connection's lock held. The result is not looked at.
     virtual unsigned long ProcessPacketFromServer(CNTPacket& packet);
@@ -64,10 +73,17 @@ public:
     /// Makes the overlapped socket. INVALID_SOCKET, with a line in the log and the Startup undone, when it
     /// cannot.
     unsigned int CreateSocket();
-    /// Resolves, connects (blocking) and starts the receive thread. An open connection of this object is
-    /// closed first. False, with a line in the log and no socket, when any of it fails.
+    /// Resolves, connects and starts the receive thread; true once its first read is under way. An open
+    /// connection of this object is closed first. False, with a line in the log and no socket, when any of it
+    /// fails. Waits 20 seconds at most for the connect, which Disconnect ends; a host name adds what the
+    /// system's resolver takes. IPv4.
+    ///
+    /// Any thread, also inside ProcessDisconnection. There it is refused (error 10037 in the log) when
+    /// another thread has begun a newer connection meanwhile, and so it is while the client is being
+    /// destroyed.
     bool ConnectToServer();
-    /// Starts the receive thread; ConnectToServer has done so already. Always true.
+    /// Starts the receive thread on a socket that the game has made and connected itself; the socket becomes
+    /// non-blocking. ConnectToServer has done so already. Always true.
     bool RecvFromServer();
     /// The receive thread's procedure; the argument is the client.
     static void RecvFromServer_Proc(void* client);
@@ -82,8 +98,25 @@ public:
     /// 0 = sent or on its way, 2 = failed, 3 = the packet has no buffer. The packet may be reused at once.
     /// Any thread.
     unsigned long SendToServer(CNTPacket& packet) override;
-    /// Closes the socket; the receive thread ends after ProcessDisconnection. Any thread.
+    /// Closes the socket, drops what waits in the outbox and ends a connect that another thread waits for;
+    /// the receive thread ends after ProcessDisconnection. Any thread. On a receive thread it concerns the
+    /// newest connection that was begun on that thread, else the thread's own; and when a request calls it,
+    /// the connection on which the request was made: a newer one is left alone.
     void Disconnect() override;
+    /// Why the newest connection ended; in ProcessDisconnection the one that it tells of. Any thread.
+    END_REASON GetEndReason();
+    /// The Winsock code that came with it, such as 10054 for a reset; 0 for none. Any thread.
+    unsigned long GetEndError();
+    /// What the newest connection has carried so far. Any thread.
+    CNTStatistics GetStatistics();
+    /// After how many seconds a server that neither acknowledges nor answers ends the connection, idle or
+    /// with bytes in flight: 60 unless set, 0 for the system's own limits (hours). Nothing but TCP's own
+    /// probes travels for it. Concerns the sockets that ConnectToServer makes; acts at once and on later
+    /// ones. Any thread.
+    void SetSilenceLimit(unsigned long seconds);
+    /// Whether small packets leave at once (TCP_NODELAY), true unless set. For the same sockets. Any thread.
+    void SetNoDelay(bool noDelay);
+
     /// Once per frame: CheckTraffic.
     void UpdateFrame();
     /// Resets the traffic counters when the last reset is 5 seconds ago or more. Any thread.
@@ -118,26 +151,44 @@ protected:
     void StopReceiving();
 
 private:
-    void ReceiveLoop(Kesra::ReceiveThread& thread);
-    bool TakeRead(CNTPacket& packet, Kesra::ReceiveThread& thread);
-    bool DispatchHere(Kesra::ReceiveThread& thread, bool isComplete);
-    bool TakeSendCompletion();
-    bool ResolveServer(sockaddr_in& address);
-    bool Connect();
+    friend class CNTProxy;
+    friend class CNTProxy_CLToGS;
+
+    bool BeginConnecting(std::shared_ptr<Kesra::ClientConnection>& connection);
     bool IsConnectingRefused();
-    std::shared_ptr<Kesra::ReceiveThread> AddReceiver();
-    std::shared_ptr<Kesra::ReceiveThread> BeginReceiver();
-    std::shared_ptr<Kesra::ReceiveThread> NewestReceiver();
-    std::vector<std::shared_ptr<Kesra::ReceiveThread>> AllReceivers();
-    std::size_t DispatchFlood();
-    void GiveBackQueue(std::size_t dispatched);
+    SOCKET MakeSocket();
+    bool ResolveServer(sockaddr_in& address);
+    bool Connect(SOCKET socket);
+    int WaitForConnect(SOCKET socket, HANDLE connected);
+    std::shared_ptr<Kesra::ClientConnection> Publish(SOCKET socket);
+    void StartReceiver(Kesra::ClientConnection& connection);
+    std::shared_ptr<Kesra::ClientConnection> AddReceiver();
+    void AddReceiver(const std::shared_ptr<Kesra::ClientConnection>& connection);
+    std::shared_ptr<Kesra::ClientConnection> BeginReceiver();
+    void AbortConnecting();
+    void CloseConnection(unsigned long long generation);
+
+    std::shared_ptr<Kesra::ClientConnection> NewestConnection();
+    std::shared_ptr<Kesra::ClientConnection> SpokenConnection();
+    Kesra::ConnectionKey GetConnectionKey() const;
+    void NoteTimeOut(unsigned long long generation);
+    void ApplyOptions(SOCKET socket);
+    void ApplyOptionsToOwnSocket();
+
+    void ReceiveLoop(Kesra::ClientConnection& connection);
+    bool TakeRead(Kesra::ClientConnection& connection, CNTPacket& packet);
+    bool Collect(Kesra::ClientConnection& connection, CNTPacket& packet, unsigned long received,
+                 bool& isComplete);
+    bool TakeAhead(Kesra::ClientConnection& connection);
+    static DWORD TakeWholePackets(void* context, const char* data, DWORD size);
+    bool WaitForRoom(Kesra::ClientConnection& connection);
+    bool IsRoomNeeded();
+    bool IsDispatchedHere() const;
+    bool DispatchHere(Kesra::ClientConnection& connection, bool isComplete);
+    void DispatchAhead(Kesra::ClientConnection& connection);
+    bool TakeSendCompletion(Kesra::ClientConnection& connection);
+    bool IsReplyAwaited() const;
     void CopyFrom(const CNTBaseClient& other);
 
-    CLock ConnectLock;                   ///< one ConnectToServer at a time
-    std::atomic<bool> IsStopping{false}; ///< the client is being destroyed
-    /// The newest connection's last; before it those that still run code of the game. Under QueueLock.
-    std::vector<std::shared_ptr<Kesra::ReceiveThread>> Receivers;
-    Kesra::ReceivedPackets Dispatching; ///< the packets of the drain in progress, under Lock
-    std::size_t LastDispatched = 0;     ///< packets of the previous drain
-    bool InDispatch = false;
+    std::shared_ptr<Kesra::ClientState> State;
 };

@@ -2,43 +2,103 @@
 
 #include "KesraNTC/base/CDebug.h"
 #include "KesraNTC/net/CNTBaseClient.h"
-#include "KesraNTC/net/ReceiveThread.h"
-#include "KesraNTC/rpc/CNTProxy.h"
+#include "KesraNTC/net/private/Backlog.h"
+#include "KesraNTC/net/private/ClientState.h"
+#include "KesraNTC/net/private/DisconnectScope.h"
+#include "KesraNTC/net/private/IoState.h"
+#include "KesraNTC/net/private/OutOfMemory.h"
+#include "KesraNTC/net/private/PacketHeader.h"
+#include "KesraNTC/platform/private/ReadAhead.h"
 
 using namespace Kesra;
 
-const ReceiveThread*& ReceiveThread::Current()
+namespace
 {
-    static thread_local const ReceiveThread* current = nullptr;
+
+constexpr DWORD CancelTimeLimit = 1000; // for the system to end the read of a closed socket
+
+/// A read or a write of the connection has failed, or it has to end as if one had.
+bool FailTransfer(ClientConnection& connection, int error)
+{
+    CDebug::AppendDebugMsg("error!!! WSAGetOverlappedResult() : error %d\n", error);
+    connection.NoteEnd(error == WSAETIMEDOUT ? END_SILENT_PEER : END_RESET, error);
+    return false;
+}
+
+bool FailForMemory(ClientConnection& connection)
+{
+    connection.NoteEnd(END_NO_MEMORY, WSA_NOT_ENOUGH_MEMORY);
+    return FailTransfer(connection, WSA_NOT_ENOUGH_MEMORY);
+}
+
+/// Why the watched socket has failed; 0 while it has not.
+int CloseError(const ClientConnection& connection, HANDLE happening)
+{
+    WSANETWORKEVENTS events{};
+    WSAEnumNetworkEvents(connection.Socket, happening, &events);
+    return events.iErrorCode[FD_CLOSE_BIT];
+}
+
+/// How far whole packets reach from the front of so many bytes, and how many they are. One with a strange
+/// header is left to the collection, which says so.
+std::size_t WholePackets(const char* data, std::size_t size, std::uint64_t& count)
+{
+    std::size_t end = 0;
+    while (size - end >= CNTPacket::HeaderSize) {
+        std::uint16_t header[2];
+        std::memcpy(header, data + end, sizeof header);
+        if (!IsUsualHeader(header[0], header[1]) || header[1] > size - end)
+            break;
+        end += header[1];
+        ++count;
+    }
+    return end;
+}
+
+/// What the read-ahead holds is taken for one client and its connection.
+struct AheadTaker {
+    CNTBaseClient& Client;
+    ClientConnection& Owner;
+    std::uint64_t Packets = 0;
+};
+
+} // namespace
+
+ClientConnection*& ClientConnection::Current()
+{
+    static thread_local ClientConnection* current = nullptr;
     return current;
 }
 
 void CNTBaseClient::RecvFromServer_Proc(void* argument)
 {
     CNTBaseClient& client = *static_cast<CNTBaseClient*>(argument);
-    const std::shared_ptr<ReceiveThread> thread = client.BeginReceiver();
+    const std::shared_ptr<IoState> io = client.Io;
+    const std::shared_ptr<ClientConnection> connection = client.BeginReceiver();
+    const DisconnectScope scope(io.get(), connection->Generation, DisconnectScope::Thread);
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_ABOVE_NORMAL);
     const bool began = client.IssueNetRead();
+    connection->ReportFirstRead(began ? 0 : WSAGetLastError());
     if (began)
-        client.ReceiveLoop(*thread);
-    thread->LetGo();
-    if (began && thread->ClaimNotification())
+        client.ReceiveLoop(*connection);
+    connection->LetGo();
+    if (began && connection->ClaimNotification())
         client.ProcessDisconnection();
-    thread->End();
+    connection->End();
 }
 
-void CNTBaseClient::ReceiveLoop(ReceiveThread& thread)
+void CNTBaseClient::ReceiveLoop(ClientConnection& connection)
 {
     CNTPacket packet{CNTPacket::Unzeroed{}};
-    const HANDLE events[] = {OverlappedIN.hEvent, OverlappedOUT.hEvent};
-    bool going = true;
-    while (going && !thread.IsRetired()) {
+    const HANDLE events[] = {OverlappedIN.hEvent, connection.Out.GetEvent().Get()};
+    bool isGoing = true;
+    while (isGoing) {
         switch (WaitForMultipleObjects(2, events, FALSE, INFINITE)) {
         case WAIT_OBJECT_0:
-            going = TakeRead(packet, thread);
+            isGoing = TakeRead(connection, packet);
             break;
         case WAIT_OBJECT_0 + 1:
-            going = TakeSendCompletion();
+            isGoing = TakeSendCompletion(connection);
             break;
         default:
             break;
@@ -46,49 +106,163 @@ void CNTBaseClient::ReceiveLoop(ReceiveThread& thread)
     }
 }
 
-bool CNTBaseClient::TakeRead(CNTPacket& packet, ReceiveThread& thread)
-{
+bool CNTBaseClient::TakeRead(ClientConnection& connection, CNTPacket& packet)
+try {
     DWORD received = 0;
     DWORD flags = 0;
-    if (!WSAGetOverlappedResult(static_cast<SOCKET>(GetSocket()), &OverlappedIN, &received, TRUE, &flags)) {
-        CDebug::AppendDebugMsg("error!!! WSAGetOverlappedResult() : error %d\n", WSAGetLastError());
+    // Close says so by the same event, should the system be late.
+    if (connection.IsClosed() && !HasOverlappedIoCompleted(&OverlappedIN)) {
+        Io->Read.Wait(CancelTimeLimit);
+        return FailTransfer(connection, WSA_OPERATION_ABORTED);
+    }
+    if (!WSAGetOverlappedResult(connection.Socket, &OverlappedIN, &received, TRUE, &flags))
+        return FailTransfer(connection, WSAGetLastError());
+    if (received == 0) {
+        connection.NoteEnd(END_SERVER_CLOSED, 0);
         return false;
     }
-    if (received == 0)
+    bool isComplete = false;
+    if (!Collect(connection, packet, received, isComplete))
         return false;
+    isComplete = TakeAhead(connection) || isComplete;
+    if (IsRoomNeeded() && !WaitForRoom(connection))
+        return false;
+    const bool isReading = IssueNetRead();
+    // A dense stream keeps the read event set; the write must not starve behind it.
+    if (connection.Out.IsWriting() && !TakeSendCompletion(connection))
+        return false;
+    return DispatchHere(connection, isComplete) && isReading;
+} catch (const OutOfMemory&) {
+    return FailForMemory(connection);
+}
+
+bool CNTBaseClient::Collect(ClientConnection& connection, CNTPacket& packet, unsigned long received,
+                            bool& isComplete)
+{
     const unsigned long collected = CollectPacket(received);
     if (collected == PacketComplete) {
         packet.SetBufSize(0);
         packet.SetBufPoint(0);
         MakeCompletePacket(packet);
+        CountUp(connection.PacketsReceived, 1);
+        isComplete = true;
     } else if (collected < PacketPartial) {
         CDebug::AppendDebugMsg("error!!! CollectPacket() : error \n");
+        connection.NoteEnd(END_MALFORMED, 0);
         return false;
     }
     AddRecvBytes(received);
-    const bool reading = IssueNetRead();
-    // A dense stream keeps the read event set; the write must not starve behind it.
-    if (IsSendPending() && !TakeSendCompletion())
+    CountUp(connection.BytesReceived, received);
+    return true;
+}
+
+bool CNTBaseClient::TakeAhead(ClientConnection& connection)
+{
+    AheadTaker taker{*this, connection};
+    const DWORD taken = ConsumeReadAhead(connection.Socket, TakeWholePackets, &taker);
+    if (taken == 0)
         return false;
-    return DispatchHere(thread, collected == PacketComplete) && reading;
+    AddRecvBytes(taken);
+    CountUp(connection.BytesReceived, taken);
+    CountUp(connection.PacketsReceived, taker.Packets);
+    return true;
 }
 
-bool CNTBaseClient::DispatchHere(ReceiveThread& thread, bool isComplete)
+DWORD CNTBaseClient::TakeWholePackets(void* context, const char* data, DWORD size)
 {
-    const bool isAwaited = Proxy != nullptr && Proxy->GetPendingCount() > 0;
-    if (!isAwaited && !(ProcessOnRecvThread && isComplete))
+    auto& taker = *static_cast<AheadTaker*>(context);
+    CNTBaseClient& client = taker.Client;
+    std::size_t used = 0;
+    if (client.RecvStage == 1 && client.RemainSize <= size) {
+        used = client.RemainSize;
+        std::memcpy(client.Buf + client.RecvSize, data, used);
+        client.CollectPacket(static_cast<unsigned long>(used));
+        CNTPacket packet{CNTPacket::Unzeroed{}};
+        client.MakeCompletePacket(packet);
+        ++taker.Packets;
+    }
+    if (client.RecvSize != 0)
+        return static_cast<DWORD>(used);
+    const std::size_t whole = WholePackets(data + used, size - used, taker.Packets);
+    if (client.IsDispatchedHere())
+        taker.Owner.Ahead.Append(data + used, whole);
+    else
+        client.QueuePackets(data + used, whole);
+    return static_cast<DWORD>(used + whole);
+}
+
+bool CNTBaseClient::IsRoomNeeded()
+{
+    return !IsDispatchedHere() && IsOverfull();
+}
+
+bool CNTBaseClient::WaitForRoom(ClientConnection& connection)
+{
+    // Nothing is being read: what happens to the socket is watched.
+    const EventHandle happening{EventHandle::AutoReset};
+    WSAEventSelect(connection.Socket, happening.Get(), FD_CLOSE);
+    Received->IsPaused = true;
+    int error = 0;
+    const HANDLE events[] = {Io->Wake.Get(), connection.Out.GetEvent().Get(), happening.Get()};
+    bool isOver = !IsRoomNeeded();
+    while (!isOver && error == 0) {
+        switch (WaitForMultipleObjects(happening.Get() != nullptr ? 3 : 2, events, FALSE, INFINITE)) {
+        case WAIT_OBJECT_0:
+            isOver = IsDispatchedHere() || GetQueuedBytes() <= Received->Limit / 2;
+            break;
+        case WAIT_OBJECT_0 + 1:
+            AdvanceSends(connection, error);
+            break;
+        default:
+            error = CloseError(connection, happening.Get());
+            break;
+        }
+        if (connection.IsClosed())
+            error = WSA_OPERATION_ABORTED;
+    }
+    Received->IsPaused = false;
+    WSAEventSelect(connection.Socket, nullptr, 0);
+    return error == 0 || FailTransfer(connection, error);
+}
+
+bool CNTBaseClient::IsDispatchedHere() const
+{
+    return ProcessOnRecvThread || IsReplyAwaited();
+}
+
+bool CNTBaseClient::DispatchHere(ClientConnection& connection, bool isComplete)
+{
+    if (!IsReplyAwaited() && !(ProcessOnRecvThread && isComplete) && connection.Ahead.Count == 0)
         return true;
-    thread.LetGo();
-    if (!thread.IsRetired())
+    connection.LetGo();
+    if (!connection.IsRetired()) {
         ProcessQueuedMessageFromServer();
-    return thread.TakeBack();
+        DispatchAhead(connection);
+    }
+    return connection.TakeBack();
 }
 
-bool CNTBaseClient::TakeSendCompletion()
+/// As if each packet had been read by itself: a handler's Disconnect ends it, and behind the reply that a
+/// request waited for the rest is the game's.
+void CNTBaseClient::DispatchAhead(ClientConnection& connection)
 {
-    DWORD error = 0;
-    if (FinishSend(error))
-        return true;
-    CDebug::AppendDebugMsg("error!!! WSAGetOverlappedResult() : error %d\n", static_cast<int>(error));
-    return false;
+    if (connection.Ahead.Count == 0)
+        return;
+    const Locked dispatching(Lock);
+    const DispatchMark mark(*State);
+    CNTPacket packet{CNTPacket::Unzeroed{}};
+    while (connection.Ahead.Count != 0 && !connection.IsClosed()) {
+        connection.Ahead.PopInto(packet);
+        if (IsDispatchedHere())
+            ProcessPacketFromServer(packet);
+        else
+            QueuePackets(reinterpret_cast<const char*>(packet.GetBuf()), packet.GetBufSize());
+    }
+    connection.Ahead.Clear();
+}
+
+bool CNTBaseClient::TakeSendCompletion(ClientConnection& connection)
+{
+    int error = 0;
+    return AdvanceSends(connection, error) || FailTransfer(connection, error);
 }

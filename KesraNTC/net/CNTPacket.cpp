@@ -1,8 +1,8 @@
 #include "KesraNTC/net/CNTPacket.h"
 
 #include "KesraNTC/base/CString.h"
-#include "KesraNTC/base/Korean.h"
 #include "KesraNTC/base/Trace.h"
+#include "KesraNTC/base/private/Korean.h"
 
 #include <algorithm>
 

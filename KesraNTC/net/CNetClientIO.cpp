@@ -1,38 +1,91 @@
 #include "KesraNTC/net/CNetClientIO.h"
 
-using Kesra::Locked;
+#include "KesraNTC/net/private/Backlog.h"
+#include "KesraNTC/net/private/Drain.h"
+#include "KesraNTC/net/private/IoState.h"
 
-CNetClientIO::CNetClientIO()
+using namespace Kesra;
+
+CNetClientIO::CNetClientIO() : Received(std::make_unique<Backlog>())
 {
     PacketQueue.reserve(InitialQueue);
+    Received->TakenWhole.reserve(InitialQueue);
 }
 
 CNetClientIO::~CNetClientIO() = default;
 
-CNetClientIO::CNetClientIO(const CNetClientIO& other) = default;
+CNetClientIO::CNetClientIO(const CNetClientIO& other) : CNetIO(other), Received(std::make_unique<Backlog>())
+{
+    PacketQueue.reserve(InitialQueue);
+    Received->TakenWhole.reserve(InitialQueue);
+    CopyQueue(other);
+}
 
-CNetClientIO& CNetClientIO::operator=(const CNetClientIO& other) = default;
+CNetClientIO& CNetClientIO::operator=(const CNetClientIO& other)
+{
+    if (this != &other) {
+        CNetIO::operator=(other);
+        CopyQueue(other);
+    }
+    return *this;
+}
+
+void CNetClientIO::CopyQueue(const CNetClientIO& other)
+{
+    const Locked reading(other.Received->QueueLock);
+    PacketQueue = other.PacketQueue;
+    Received->Behind = other.Received->Behind;
+    Received->WholeBytes = other.Received->WholeBytes;
+    Received->Limit = other.Received->Limit.load();
+}
 
 bool CNetClientIO::MakeCompletePacket(CNTPacket& packet)
 {
     packet.Write(Buf, static_cast<unsigned short>(PacketSize));
     packet.SetBufPoint(0);
-    {
-        const Locked queueing(QueueLock);
-        if (Flood.empty() && PacketQueue.size() < InitialQueue)
-            PacketQueue.push_back(packet);
-        else
-            Flood.insert(Flood.end(), packet.GetBuf(), packet.GetBuf() + packet.GetBufSize());
-    }
+    QueuePackets(Buf, PacketSize);
     std::memset(Buf, 0, PacketSize);
     RecvStage = PacketSize = RecvSize = 0;
     RemainSize = CNTPacket::HeaderSize;
     return true;
 }
 
-void CNetClientIO::TakeQueue(Kesra::ReceivedPackets& taken)
+void CNetClientIO::QueuePackets(const char* packets, std::size_t bytes)
 {
-    const Locked taking(QueueLock);
-    PacketQueue.swap(taken.Whole);
-    Flood.swap(taken.Flood);
+    const Locked queueing(Received->QueueLock);
+    const char* const end = packets + bytes;
+    while (packets != end && Received->Behind.Count == 0 && PacketQueue.size() < InitialQueue) {
+        const std::size_t size = SizeOfPacket(packets);
+        CNTPacket& whole = PacketQueue.emplace_back(CNTPacket::Unzeroed{});
+        whole.Write(packets, static_cast<unsigned short>(size));
+        whole.SetBufPoint(0);
+        Received->WholeBytes += size;
+        packets += size;
+    }
+    Received->Behind.Append(packets, static_cast<std::size_t>(end - packets));
+}
+
+unsigned long CNetClientIO::GetQueuedPackets()
+{
+    const Locked counting(Received->QueueLock);
+    return static_cast<unsigned long>(PacketQueue.size() + Received->Behind.Count + Received->TakenPackets);
+}
+
+unsigned long CNetClientIO::GetQueuedBytes()
+{
+    const Locked counting(Received->QueueLock);
+    return static_cast<unsigned long>(Received->WholeBytes + Received->Behind.Bytes.GetSize() +
+                                      Received->TakenBytes);
+}
+
+void CNetClientIO::SetBacklogLimit(unsigned long bytes)
+{
+    Received->Limit = bytes;
+    if (Io != nullptr)
+        Io->Wake.Set();
+}
+
+bool CNetClientIO::IsOverfull()
+{
+    return GetQueuedBytes() > Received->Limit;
 }

@@ -2,19 +2,20 @@
 
 #include "KesraNTC/net/CNetIO.h"
 
+#include <memory>
 #include <vector>
 
 namespace Kesra
 {
-/// Packets in their order: the first ones whole and in place, those of a flood behind them as bare bytes,
-/// since whole ones take a memory page each.
-struct ReceivedPackets {
-    std::vector<CNTPacket> Whole;
-    std::vector<unsigned char> Flood;
-};
+struct Backlog;
+class Drain;
 } // namespace Kesra
 
 /// Adds the queue of complete received packets: the receive thread appends, any thread may take.
+///
+/// The oldest 30 lie whole in PacketQueue, what comes behind them in compact form. When more than a limit
+/// waits, the receive thread stops reading, so that TCP holds the server back, and goes on when half of it
+/// has been drained.
 class KESRANTC_API CNetClientIO : public CNetIO
 {
 public:
@@ -24,6 +25,7 @@ public:
     /// Reserves room for 30 packets.
     CNetClientIO();
     ~CNetClientIO() override;
+    // A copy holds the packets that are queued.
     CNetClientIO(const CNetClientIO&);
     CNetClientIO& operator=(const CNetClientIO&);
 
@@ -31,14 +33,27 @@ public:
     /// the next header. Always true. Receive thread.
     bool MakeCompletePacket(CNTPacket& packet);
 
-    std::vector<CNTPacket> PacketQueue; ///< complete packets, oldest first; guarded by QueueLock
-    std::vector<unsigned char> Flood;   ///< the bytes of what came after InitialQueue others; same lock
+    /// Packets that have been received and not yet handed to ProcessPacketFromServer. Any thread.
+    unsigned long GetQueuedPackets();
+    /// Their bytes, headers included. Any thread.
+    unsigned long GetQueuedBytes();
+    /// With more bytes than this in the queue reading stops: 32 MiB unless set. While a waiting request
+    /// waits, reading goes on all the same. Any thread; acts at once.
+    void SetBacklogLimit(unsigned long bytes);
+
+    std::vector<CNTPacket> PacketQueue; ///< the oldest complete packets; touch it only while nothing receives
 
 protected:
-    /// Exchanges the queued packets with empty lists that have room. Any thread.
-    void TakeQueue(Kesra::ReceivedPackets& taken);
+    /// Queues whole packets that lie one behind the other. Throws std::bad_alloc; some may be queued then.
+    void QueuePackets(const char* packets, std::size_t bytes);
+    /// True when reading has to stop until some of the queue has been drained.
+    bool IsOverfull();
 
-    /// Guards the queue and what CNTBaseClient says is under it, for moments only; taken inside Lock, never
-    /// around it.
-    CLock QueueLock;
+    std::unique_ptr<Kesra::Backlog>
+        Received; ///< what is queued behind PacketQueue, and what is being drained
+
+private:
+    friend class Kesra::Drain;
+
+    void CopyQueue(const CNetClientIO& other);
 };

@@ -1,13 +1,17 @@
 #include "KesraNTC/net/CNetIO.h"
 
 #include "KesraNTC/base/CDebug.h"
-#include "KesraNTC/base/Korean.h"
 #include "KesraNTC/base/Trace.h"
-#include "KesraNTC/net/IoResources.h"
-#include "KesraNTC/net/SocketErrors.h"
+#include "KesraNTC/base/private/Korean.h"
+#include "KesraNTC/net/private/DisconnectScope.h"
+#include "KesraNTC/net/private/IoState.h"
+#include "KesraNTC/net/private/PacketHeader.h"
+#include "KesraNTC/net/private/SocketErrors.h"
+#include "KesraNTC/platform/private/CancelTransfers.h"
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 using namespace Kesra;
 
@@ -20,12 +24,37 @@ template <class T> std::atomic_ref<T> Shared(T& value)
     return std::atomic_ref<T>(value);
 }
 
-constexpr unsigned LowestUsualNumber = 101;
-constexpr unsigned HighestUsualNumber = 62000;
+void CloseSocket(SOCKET socket)
+{
+    if (socket == INVALID_SOCKET)
+        return;
+    const int on = 1;
+    setsockopt(socket, SOL_SOCKET, SO_DONTLINGER, reinterpret_cast<const char*>(&on), sizeof on);
+    CancelTransfers(socket);
+    shutdown(socket, SD_BOTH);
+    closesocket(socket);
+}
+
+void LogEmptySend()
+{
+    CDebug::AppendDebugMsg("%d 사이즈의 패킷을 송신했당!!!\n"_949, 0);
+    CDebug::AppendDebugMsg("Send Overlapped구조체에서 에러났다."_949);
+}
 
 } // namespace
 
-CNetIO::CNetIO() = default;
+CNetIO::CNetIO()
+    : OverlappedIN{},
+      OverlappedOUT{},
+      RecvSize(0),
+      RemainSize(CNTPacket::HeaderSize),
+      RecvStage(0),
+      PacketSize(0),
+      Socket(INVALID_SOCKET),
+      SendBytes(0),
+      RecvBytes(0)
+{
+}
 
 CNetIO::~CNetIO() = default;
 
@@ -54,16 +83,16 @@ void CNetIO::CopyFrom(const CNetIO& other)
     Socket = other.Socket;
     SendBytes = other.SendBytes;
     RecvBytes = other.RecvBytes;
-    Resources = other.Resources;
+    Io = other.Io;
 }
 
 void CNetIO::Init()
 {
-    Resources = std::make_shared<IoResources>();
+    Io = std::make_shared<IoState>();
     OverlappedIN = OVERLAPPED_PLUS{};
     OverlappedOUT = OVERLAPPED_PLUS{};
-    OverlappedIN.hEvent = Resources->Read.Get();
-    OverlappedOUT.hEvent = Resources->Write.Get();
+    OverlappedIN.hEvent = Io->Read.Get();
+    OverlappedOUT.hEvent = Io->Write.Get();
     OverlappedIN.IoType = 0;
     OverlappedOUT.IoType = 1;
     AttachClientToOVERLAPPED(static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(this)));
@@ -76,30 +105,46 @@ void CNetIO::Init()
 
 void CNetIO::BeginConnection()
 {
-    // A sender of the previous connection leaves once its socket is closed.
-    const Locked sending(Resources->SendLock);
-    const Locked writing(Resources->WriteLock);
+    // A closed socket may complete its read a moment later.
+    if (!HasOverlappedIoCompleted(&OverlappedIN))
+        Io->Read.Wait(1000);
     RecvSize = RecvStage = PacketSize = 0;
     RemainSize = CNTPacket::HeaderSize;
-    Resources->Read.Reset();
-    Resources->Write.Reset();
-    Resources->IsWriting = false;
-    Resources->SendError = 0;
+    Io->Read.Reset();
+    Io->Wake.Reset();
 }
 
 void CNetIO::Close()
 {
     // ProcessDisconnection may connect again or delete this object while the operations end one by one: its
     // own call waits here until none of them is left, and nothing of this object is touched after the first.
-    const std::shared_ptr<IoResources> resources = Resources;
-    const Locked closing(resources->CloseLock);
+    const std::shared_ptr<IoState> io = Io;
+    if (io == nullptr) {
+        CloseSocket(std::exchange(Socket, INVALID_SOCKET));
+        return;
+    }
+    const Locked closing(io->CloseLock);
     const SOCKET socket = Shared(Socket).exchange(INVALID_SOCKET);
     if (socket == INVALID_SOCKET)
         return;
-    const int on = 1;
-    setsockopt(socket, SOL_SOCKET, SO_DONTLINGER, reinterpret_cast<const char*>(&on), sizeof on);
-    shutdown(socket, SD_BOTH);
-    closesocket(socket);
+    std::shared_ptr<ClientConnection> closed;
+    {
+        const Locked sending(io->SendLock);
+        if (io->Current != nullptr && io->Current->Socket == socket)
+            closed = io->Current;
+    }
+    if (closed != nullptr)
+        closed->NoteClosed();
+    CloseSocket(socket);
+    if (closed == nullptr)
+        return;
+    {
+        const Locked sending(io->SendLock);
+        closed->Out.Drop();
+    }
+    // Wherever the receive thread waits, and whether or not the system tells it.
+    io->Read.Set();
+    io->Wake.Set();
 }
 
 bool CNetIO::IsConnected()
@@ -114,15 +159,13 @@ unsigned int CNetIO::GetSocket()
 
 void CNetIO::SetSocket(unsigned int socket)
 {
-    // Sends try what the socket takes at once and never wait.
-    SetBlocking(static_cast<SOCKET>(socket), false);
+    if (Io == nullptr) {
+        Socket = static_cast<SOCKET>(socket);
+        return;
+    }
+    const Locked replacing(Io->CloseLock);
+    ++Io->Generation;
     Shared(Socket).store(static_cast<SOCKET>(socket));
-}
-
-void CNetIO::SetBlocking(SOCKET socket, bool blocking)
-{
-    u_long nonBlocking = blocking ? 0 : 1;
-    ioctlsocket(socket, FIONBIO, &nonBlocking);
 }
 
 void CNetIO::AttachClientToOVERLAPPED(unsigned long client)
@@ -145,6 +188,7 @@ bool CNetIO::IssueNetRead()
     if (error == WSA_IO_PENDING)
         return true;
     LogSocketError("Recv() ", error);
+    WSASetLastError(error);
     return false;
 }
 
@@ -178,9 +222,9 @@ unsigned long CNetIO::CollectHeader(unsigned long n)
     std::memcpy(header, Buf, sizeof header);
     const unsigned number = header[0];
     const unsigned size = header[1];
-    if (number < LowestUsualNumber || number > HighestUsualNumber)
+    if (!IsUsualNumber(number))
         CDebug::AppendDebugMsg("패킷의 메시지 번호가 이상하다. 메시지 번호 : %d\n"_949, number);
-    if (size > CNTPacket::Capacity || size < CNTPacket::HeaderSize) {
+    if (!IsPossibleSize(size)) {
         CDebug::AppendDebugMsg("메시지가 너무 길다. 패킷번호 : %d --- 메시지길이 : %d\n"_949, number, size);
         return PacketMalformed;
     }
@@ -197,97 +241,77 @@ unsigned long CNetIO::SendPacket(char* data, unsigned long len)
         TRACE("버퍼 최대길이보다 많은 데이타를 보내려고 한다.\n"_949);
         return SendFailed;
     }
-    const Locked sending(Resources->SendLock);
-    if (!WaitForPreviousSend())
+    if (Io == nullptr)
+        return SendBare(data, len);
+    const Locked sending(Io->SendLock);
+    const DisconnectScope* scope = DisconnectScope::Find(Io.get(), DisconnectScope::Request);
+    if (scope != nullptr && scope->GetGeneration() != Io->Generation)
         return SendFailed;
-    // Most sends fit into the socket at once: the sender counts them itself, and nobody is woken.
-    WSABUF buffer{static_cast<ULONG>(len), data};
-    DWORD sent = 0;
-    if (WSASend(Shared(Socket).load(), &buffer, 1, &sent, 0, nullptr, nullptr) != 0) {
-        const int error = WSAGetLastError();
-        if (error != WSAEWOULDBLOCK) {
-            LogSocketError("Send() ", error);
-            return SendFailed;
-        }
-        sent = 0;
-    }
-    if (sent == len) {
-        CountSend(sent);
-        return SendStarted;
-    }
-    AddSendBytes(sent);
-    return SendRest(data + sent, len - sent);
+    ClientConnection* connection = Io->Current.get();
+    if (connection == nullptr || connection->Socket != Shared(Socket).load())
+        return SendBare(data, len);
+    return SendThrough(*connection, data, len);
 }
 
-unsigned long CNetIO::SendRest(const char* data, unsigned long len)
+unsigned long CNetIO::SendBare(char* data, unsigned long len)
 {
-    std::memcpy(Resources->Rest, data, len);
-    // The receive thread may look at any time, and OverlappedOUT still tells of the previous write.
-    const Locked beginning(Resources->WriteLock);
-    Resources->SendFinished.Reset();
-    Resources->IsWriting = true;
-    WSABUF buffer{static_cast<ULONG>(len), Resources->Rest};
+    WSABUF buffer{static_cast<ULONG>(len), data};
     DWORD sent = 0;
     if (WSASend(Shared(Socket).load(), &buffer, 1, &sent, 0, &OverlappedOUT, nullptr) == 0)
         return SendStarted;
     const int error = WSAGetLastError();
     if (error == WSA_IO_PENDING)
         return SendStarted;
-    Resources->IsWriting = false;
     LogSocketError("Send() ", error);
     return SendFailed;
 }
 
-bool CNetIO::WaitForPreviousSend()
+unsigned long CNetIO::SendThrough(ClientConnection& connection, const char* data, unsigned long len)
 {
-    const HANDLE events[] = {Resources->Write.Get(), Resources->SendFinished.Get()};
-    while (Resources->IsWriting) {
-        DWORD error = 0;
-        if (WaitForMultipleObjects(2, events, FALSE, INFINITE) == WAIT_OBJECT_0 && !FinishSend(error)) {
-            // The receive thread ends the connection.
-            Resources->SendError = error;
-            Resources->Write.Set();
-            return false;
-        }
+    SendProgress progress;
+    const bool isTaken = connection.Out.Send(data, len, Io->OutboxLimit, progress);
+    CountSent(connection, progress.Sent);
+    if (isTaken) {
+        CountUp(connection.PacketsSent, 1);
+        if (len == 0)
+            LogEmptySend();
+        return SendStarted;
     }
-    return Resources->SendError == 0;
+    if (progress.Error == 0)
+        connection.NoteEnd(END_OUTBOX_FULL, WSAENOBUFS);
+    else
+        LogSocketError("Send() ", progress.Error);
+    return SendFailed;
 }
 
-bool CNetIO::FinishSend(DWORD& error)
+bool CNetIO::AdvanceSends(ClientConnection& connection, int& error)
 {
-    const Locked finishing(Resources->WriteLock);
-    if (!Resources->IsWriting) {
-        error = Resources->SendError;
-        return error == 0;
-    }
-    DWORD sent = 0;
-    DWORD flags = 0;
-    const bool done =
-        WSAGetOverlappedResult(Shared(Socket).load(), &OverlappedOUT, &sent, FALSE, &flags) != FALSE;
-    error = done ? 0 : static_cast<DWORD>(WSAGetLastError());
-    if (error == WSA_IO_INCOMPLETE) {
-        error = 0;
-        return true;
-    }
-    if (done)
-        CountSend(sent);
-    Resources->IsWriting = false;
-    Resources->SendFinished.Set();
-    return done;
+    const Locked sending(Io->SendLock);
+    SendProgress progress;
+    const bool isGoing = connection.Out.Advance(progress);
+    CountSent(connection, progress.Sent);
+    error = progress.Error;
+    return isGoing;
 }
 
-bool CNetIO::IsSendPending() const
+void CNetIO::CountSent(ClientConnection& connection, unsigned long n)
 {
-    return Resources->IsWriting.load(std::memory_order_relaxed);
+    AddSendBytes(n);
+    CountUp(connection.BytesSent, n);
 }
 
-void CNetIO::CountSend(unsigned long sent)
+unsigned long CNetIO::GetUnsentBytes()
 {
-    AddSendBytes(sent);
-    if (sent == 0) {
-        CDebug::AppendDebugMsg("%d 사이즈의 패킷을 송신했당!!!\n"_949, 0);
-        CDebug::AppendDebugMsg("Send Overlapped구조체에서 에러났다."_949);
-    }
+    if (Io == nullptr)
+        return 0;
+    const Locked sending(Io->SendLock);
+    return Io->Current != nullptr ? static_cast<unsigned long>(Io->Current->Out.GetUnsent()) : 0;
+}
+
+void CNetIO::SetOutboxLimit(unsigned long bytes)
+{
+    if (Io != nullptr)
+        Io->OutboxLimit = std::max<std::size_t>(bytes, CNTPacket::Capacity);
 }
 
 void CNetIO::AddSendBytes(unsigned long n)

@@ -10,13 +10,15 @@
 
 namespace Kesra
 {
-struct IoResources;
-}
+class ClientConnection;
+struct IoState;
+} // namespace Kesra
 
 /// One TCP socket with overlapped reads and writes signalled by events, and the collection of one packet at a
 /// time from its stream: four header bytes first, then exactly the rest.
 ///
-/// The receive thread alone reads and collects; any thread may send, close, and use the counters.
+/// The receive thread alone reads and collects; any thread may send, close, and use the counters. No call
+/// waits for the peer. Before Init there is no socket and no event: Close, IsConnected and SetSocket work.
 class KESRANTC_API CNetIO
 {
 public:
@@ -29,7 +31,7 @@ public:
     static constexpr unsigned long SendStarted = 0; ///< all bytes are sent or on their way
     static constexpr unsigned long SendFailed = 2;  ///< nothing more of the packet will be sent
 
-    /// Constructs the lock; Init sets everything else.
+    /// Constructs the lock, without a socket; Init sets everything else.
     CNetIO();
     /// Destroys the lock and lets go of the events. The socket stays open.
     virtual ~CNetIO();
@@ -45,8 +47,7 @@ public:
     bool IsConnected();
     /// The socket's number; that of INVALID_SOCKET when there is none.
     unsigned int GetSocket();
-    /// Stores a socket and makes its calls non-blocking, since a send never waits for its own bytes; the
-    /// socket before is not closed.
+    /// Stores a socket, whose blocking mode stays; the socket before is not closed.
     void SetSocket(unsigned int socket);
 
     /// The receive buffer, 4096 bytes; the packet being collected starts at its first byte.
@@ -63,10 +64,20 @@ public:
     bool IssueNetRead();
     /// Accounts for n bytes (at least 1) that a read delivered into the buffer.
     unsigned long CollectPacket(unsigned long n);
-    /// Sends len bytes (at most 4096), which may be reused at once. What the socket does not take immediately
-    /// follows as an overlapped write from a copy, and only then is the write block's event signalled; a
-    /// second sender waits until the first one's bytes are out.
+    /// Sends len bytes (at most 4096). It never waits for the peer. Any thread.
+    ///
+    /// With a receive thread: what the socket does not take at once waits in the outbox and follows in order;
+    /// the data may be reused at once, and every byte is counted (GetSendBytes) once the system has it.
+    /// Failed, too, when the packet does not fit into what may wait (SetOutboxLimit).
+    ///
+    /// Without one: starts an overlapped send with the write block, whose event is signalled on completion.
+    /// The data must stay until then, one send can be outstanding, and the caller counts.
     unsigned long SendPacket(char* data, unsigned long len);
+    /// Bytes that wait in the outbox, on their way to the socket; a game paces itself by it. Any thread.
+    unsigned long GetUnsentBytes();
+    /// How many bytes may wait in the outbox: 1 MiB unless set, at least 4096. Any thread; stays for later
+    /// connections.
+    void SetOutboxLimit(unsigned long bytes);
 
     /// Adds to the bytes sent since the last reset. Any thread, as all counters.
     void AddSendBytes(unsigned long n);
@@ -103,25 +114,21 @@ public:
     unsigned int RecvBytes;        ///< see GetRecvBytes
 
 protected:
-    /// Prepares for a new socket: the collection starts at a header, no send is outstanding, no event is set.
-    /// Nobody may be receiving.
+    /// Prepares for a new socket: the collection starts at a header, no event is set. Nobody may be
+    /// receiving.
     void BeginConnection();
-    /// Takes in the completion of the overlapped write, if it is complete, once, whichever thread comes
-    /// first. False when a write failed; the code is then in `error`.
-    bool FinishSend(DWORD& error);
-    /// True while a write is outstanding.
-    bool IsSendPending() const;
-    /// Whether calls on the socket wait. Overlapped operations never do.
-    static void SetBlocking(SOCKET socket, bool blocking);
+    /// Sends what the socket takes of what waits in the outbox. False, with the code, when sending has
+    /// failed.
+    bool AdvanceSends(Kesra::ClientConnection& connection, int& error);
 
-    std::shared_ptr<Kesra::IoResources> Resources; ///< the events and the state of the outstanding write
+    std::shared_ptr<Kesra::IoState> Io; ///< null before Init
 
 private:
     void CopyFrom(const CNetIO& other);
     unsigned long CollectHeader(unsigned long n);
-    bool WaitForPreviousSend();
-    unsigned long SendRest(const char* data, unsigned long len);
-    void CountSend(unsigned long sent);
+    unsigned long SendBare(char* data, unsigned long len);
+    unsigned long SendThrough(Kesra::ClientConnection& connection, const char* data, unsigned long len);
+    void CountSent(Kesra::ClientConnection& connection, unsigned long n);
     int SetOption(int option, int value);
     int SetBufferOption(int option, int value);
 };

@@ -1,8 +1,6 @@
 #include "KesraNTC/net/CPropCollection.h"
 
-#include "KesraNTC/net/ComResult.h"
-
-#include <algorithm>
+#include "KesraNTC/net/private/ComResult.h"
 
 namespace
 {
@@ -16,11 +14,6 @@ int Folded(char ch)
 const char* NameOf(const char* name)
 {
     return name != nullptr ? name : "";
-}
-
-bool HasBytesLeft(const CNTPacket& packet)
-{
-    return packet.GetBufPoint() < std::min(packet.GetBufSize(), CNTPacket::Capacity);
 }
 
 } // namespace
@@ -41,12 +34,14 @@ const _variant_t* CPropCollection::Find(const char* name) const
 }
 
 /// Takes the value over.
-void CPropCollection::Put(const char* name, _variant_t& value)
+HRESULT CPropCollection::Put(const char* name, _variant_t& value) noexcept
 {
-    auto found = Properties.find(NameOf(name));
-    if (found == Properties.end())
-        found = Properties.try_emplace(CString(NameOf(name))).first;
-    found->second.Attach(value);
+    return Kesra::ComResult([&] {
+        auto found = Properties.find(NameOf(name));
+        if (found == Properties.end())
+            found = Properties.try_emplace(CString(NameOf(name))).first;
+        found->second.Attach(value);
+    });
 }
 
 void CPropCollection::EraseProperty(const char* name)
@@ -81,8 +76,9 @@ void CPropCollection::ReadFrom(CNTPacket& packet, int count)
 {
     CString name;
     _variant_t value;
+    value.decVal = {}; // what a short value lacks
     // Past the end every further pair has the name of the one before, and is left out.
-    for (int i = 0; i < count && (i == 0 || HasBytesLeft(packet)); ++i) {
+    for (int i = 0; i < count && (i == 0 || !packet.IsAtEnd()); ++i) {
         packet >> name;
         Kesra::ReadVariant(packet, value);
         Append(name, value);

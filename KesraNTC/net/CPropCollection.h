@@ -13,8 +13,9 @@
 /// names come in ascending order in this sense. A null name counts as the empty one. The collection owns its
 /// names and values; copying it copies every pair.
 ///
-/// What a platform call reports as failed is thrown as _com_error. A collection belongs to one thread at a
-/// time.
+/// What a platform call reports as failed is thrown as _com_error, and so is memory that does not suffice
+/// (E_OUTOFMEMORY); copying a whole collection may throw std::bad_alloc instead. A pair that cannot be stored
+/// leaves the others as they were. A collection belongs to one thread at a time.
 class KESRANTC_API CPropCollection
 {
 public:
@@ -47,7 +48,7 @@ public:
     void SetProperty(const char* name, const _variant_t& value)
     {
         _variant_t copy(value);
-        Put(name, copy);
+        _com_util::CheckError(Put(name, copy));
     }
     /// Nothing happens when the collection has no such name.
     void EraseProperty(const char* name);
@@ -96,7 +97,8 @@ private:
         bool operator()(const char* left, const char* right) const;
     };
 
-    // The public operations with their errors as codes, see ComResult.h.
+    // What the public operations do, with its errors as codes, see ComResult.h.
+    HRESULT Put(const char* name, _variant_t& value) noexcept;
     HRESULT ReadImage(const std::vector<unsigned char>& image) noexcept;
     HRESULT ReadImage(const VARIANT& image) noexcept;
     HRESULT WriteImage(std::vector<unsigned char>& image) const noexcept;
@@ -105,7 +107,6 @@ private:
     HRESULT WritePairs(CNTPacket& packet) const noexcept;
 
     const _variant_t* Find(const char* name) const;
-    void Put(const char* name, _variant_t& value);
     bool WriteTo(CNTPacket& packet) const;
     void ReadFrom(CNTPacket& packet, int count);
     void Append(const char* name, _variant_t& value);

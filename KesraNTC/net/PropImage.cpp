@@ -1,6 +1,6 @@
-#include "KesraNTC/net/AnsiText.h"
 #include "KesraNTC/net/CPropCollection.h"
-#include "KesraNTC/net/ComResult.h"
+#include "KesraNTC/net/private/AnsiText.h"
+#include "KesraNTC/net/private/ComResult.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -231,6 +231,7 @@ void CPropCollection::ReadLongImage(const std::vector<unsigned char>& image)
     ImageReader reader(image);
     reader.Take(MarkSize);
     _variant_t value;
+    value.decVal = {}; // what a short value lacks
     for (std::uint32_t count = reader.TakeSize(); count > 0 && !reader.AtEnd(); --count) {
         const std::string name(reader.TakeBlock());
         ReadValue(reader.TakeBlock(), value);

@@ -2,8 +2,8 @@
 
 #include "KesraNTC/base/CString.h"
 #include "KesraNTC/base/Trace.h"
-#include "KesraNTC/net/AnsiText.h"
-#include "KesraNTC/net/ComResult.h"
+#include "KesraNTC/net/private/AnsiText.h"
+#include "KesraNTC/net/private/ComResult.h"
 
 #include <cstring>
 
@@ -49,12 +49,12 @@ const void* Value(const _variant_t& value)
     return value.byref;
 }
 
-/// The variant itself, or what it refers to, in a copy.
+/// The variant itself, or what it refers to, in a copy. Of a null reference the conversion decides what is
+/// wrong with it.
 const _variant_t& Plain(const _variant_t& value, VARTYPE type, _variant_t& copy)
 {
     if (value.vt == type)
         return value;
-    Value(value);
     copy.ChangeType(type, &value);
     return copy;
 }
@@ -117,7 +117,7 @@ void ReadBstr(CNTPacket& packet, _variant_t& value)
 
 void ReadDecimal(CNTPacket& packet, _variant_t& value)
 {
-    DECIMAL decimal{};
+    DECIMAL decimal = value.decVal;
     packet.Read(&decimal, sizeof decimal);
     value.decVal = decimal;
     value.vt = VT_DECIMAL;
@@ -125,7 +125,6 @@ void ReadDecimal(CNTPacket& packet, _variant_t& value)
 
 void ReadPlain(CNTPacket& packet, _variant_t& value, VARTYPE tag)
 {
-    value.llVal = 0;
     packet.Read(&value.llVal, PlainSize(tag));
     value.vt = tag;
 }
@@ -161,7 +160,8 @@ void Kesra::ReadVariant(CNTPacket& packet, _variant_t& value)
     constexpr VARTYPE BstrReference = VT_BSTR | VT_BYREF;
     value.Clear();
     VARTYPE tag = VT_EMPTY;
-    packet >> tag;
+    if (packet.Read(&tag, sizeof tag) != sizeof tag)
+        return;
     switch (tag) {
     case VT_NULL:
         value.vt = VT_NULL;

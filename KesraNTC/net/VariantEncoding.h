@@ -8,10 +8,14 @@
 /// and VT_UI1 take 1 byte, VT_I2 and VT_UI2 take 2, VT_I4, VT_UI4, VT_INT, VT_UINT and VT_R4 take 4, VT_R8
 /// and VT_DATE take 8, VT_BOOL takes 1 (1 or 0), VT_DECIMAL takes 16, and VT_BSTR is a length-prefixed string
 /// in the ANSI code page, up to its first NUL. A reference is written as the value behind it. Any other type
-/// travels as its code alone. Throws _com_error when a reference is null or a text cannot be converted.
+/// travels as its code alone. Throws _com_error: E_OUTOFMEMORY when memory does not suffice, E_POINTER for a
+/// null reference, and for one to a text or a decimal what VariantChangeType makes of it.
 CNTPacket& operator<<(CNTPacket& packet, const _variant_t& value);
-/// Reads what was written, or nothing but the code of a type that has no value here; the target is empty
-/// then. What the packet does not hold is 0. Throws _com_error when a text cannot be converted.
+/// Reads what was written, after clearing the target, which stays empty when the packet does not hold a whole
+/// type code or when the type has no value here. A value that the packet holds only in part gives the target
+/// its type and the bytes that came; the other bytes stay as they were. A text ends where the packet ends,
+/// and a Boolean without its byte is false. Throws _com_error: E_OUTOFMEMORY when memory does not suffice for
+/// a text, and what VariantClear reports of the old value, which then stays.
 CNTPacket& operator>>(CNTPacket& packet, _variant_t& value);
 
 namespace Kesra

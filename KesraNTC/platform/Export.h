@@ -1,5 +1,9 @@
 #pragma once
 
+#if __cplusplus < 201703L
+#error "KesraNTC needs C++17: compile with -std=c++17 or a later standard"
+#endif
+
 // An installed Windows library tells what it was built with, and refuses a game that was built otherwise.
 #if defined(_WIN32) && __has_include("KesraNTC/platform/BuiltWith.h")
 #include "KesraNTC/platform/BuiltWith.h"

@@ -2,10 +2,12 @@
 
 // The operating system under its Win32 names: the real headers on Windows, our own layer elsewhere.
 #ifdef _WIN32
-// mbctype.h defines macros with names that this header uses.
-#include <type_traits>
 #ifndef NOMINMAX
 #define NOMINMAX
+#endif
+#if defined(_WINSOCKAPI_) && !defined(_WINSOCK2API_)
+// A game has included <windows.h> already: winsock2.h replaces its older Winsock all the same, but warns.
+#undef _WINSOCKAPI_
 #endif
 #include <winsock2.h>
 #include <ws2tcpip.h>
@@ -13,24 +15,28 @@
 #include <comdef.h>
 #include <direct.h>
 #include <io.h>
-#include <mbctype.h>
-#include <mbstring.h>
+#include <mstcpip.h>
 #include <oleauto.h>
 #include <process.h>
 #include <windows.h>
+// Not every version of the headers has it.
+#ifndef TCP_MAXRT
+#define TCP_MAXRT 5
+#endif
 #else
-#include "KesraNTC/platform/posix/Automation.h"
-#include "KesraNTC/platform/posix/Clock.h"
-#include "KesraNTC/platform/posix/CodePages.h"
-#include "KesraNTC/platform/posix/CriticalSections.h"
-#include "KesraNTC/platform/posix/Events.h"
-#include "KesraNTC/platform/posix/FileTimes.h"
-#include "KesraNTC/platform/posix/Files.h"
 #include "KesraNTC/platform/posix/Handles.h"
-#include "KesraNTC/platform/posix/Interlocked.h"
-#include "KesraNTC/platform/posix/Messages.h"
-#include "KesraNTC/platform/posix/Multibyte.h"
-#include "KesraNTC/platform/posix/Sockets.h"
-#include "KesraNTC/platform/posix/Threads.h"
 #include "KesraNTC/platform/posix/Types.h"
+#include "KesraNTC/platform/posix/automation/Automation.h"
+#include "KesraNTC/platform/posix/files/Clock.h"
+#include "KesraNTC/platform/posix/files/FileTimes.h"
+#include "KesraNTC/platform/posix/files/Files.h"
+#include "KesraNTC/platform/posix/memory/VirtualMemory.h"
+#include "KesraNTC/platform/posix/sockets/NetworkEvents.h"
+#include "KesraNTC/platform/posix/sockets/Sockets.h"
+#include "KesraNTC/platform/posix/text/CodePages.h"
+#include "KesraNTC/platform/posix/text/Messages.h"
+#include "KesraNTC/platform/posix/text/Multibyte.h"
+#include "KesraNTC/platform/posix/waiting/CriticalSections.h"
+#include "KesraNTC/platform/posix/waiting/Events.h"
+#include "KesraNTC/platform/posix/waiting/Threads.h"
 #endif

@@ -1,7 +1,7 @@
 #include "KesraNTC/rpc/CNTMainClient.h"
 
 #include "KesraNTC/base/Trace.h"
-#include "KesraNTC/rpc/MessageTable.h"
+#include "KesraNTC/rpc/private/MessageTable.h"
 
 CNTMainClient::~CNTMainClient()
 {

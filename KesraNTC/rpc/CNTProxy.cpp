@@ -1,20 +1,35 @@
 #include "KesraNTC/rpc/CNTProxy.h"
 
 #include "KesraNTC/base/Trace.h"
-#include "KesraNTC/rpc/ReplyTimeLimit.h"
+#include "KesraNTC/net/CNTBaseClient.h"
+#include "KesraNTC/net/private/ClientState.h"
+#include "KesraNTC/net/private/DisconnectScope.h"
+#include "KesraNTC/rpc/private/ProxyState.h"
 
-#include <memory>
+#include <algorithm>
+#include <chrono>
 #include <new>
 
-using Kesra::Locked;
+using namespace Kesra;
 
-std::atomic<unsigned> Kesra::ReplyTimeLimit{20000};
+namespace
+{
+
+std::uint64_t Microseconds()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
+}
+
+} // namespace
 
 CNestedReply::CNestedReply()
     : Serial(0),
       Event(CreateEventA(nullptr, TRUE, FALSE, nullptr)),
       Reply(CNTPacket::Unzeroed{}),
-      Delivered(false)
+      Delivered(false),
+      Generation(0),
+      Began(0)
 {
 }
 
@@ -24,7 +39,9 @@ CNestedReply::~CNestedReply()
         CloseHandle(Event);
 }
 
-CNTProxy::CNTProxy() : NextSerial(1), Client(nullptr), PendingCount(0) {}
+CNTProxy::CNTProxy() : NextSerial(1), Client(nullptr), PendingCount(0), State(std::make_unique<ProxyState>())
+{
+}
 
 CNTProxy::~CNTProxy() = default;
 
@@ -35,26 +52,59 @@ bool CNTProxy::Send(CNTPacket&)
 
 void CNTProxy::ProcessProxyError() {}
 
+void CNTProxy::SetReplyTimeLimit(unsigned long milliseconds)
+{
+    State->TimeLimit = milliseconds;
+}
+
+unsigned long CNTProxy::GetReplyTimeLimit() const
+{
+    return State->TimeLimit;
+}
+
+ConnectionKey CNTProxy::GetConnectionKey() const
+{
+    const CNTBaseClient* owner = State->Owner;
+    return owner != nullptr && Client == owner ? owner->GetConnectionKey() : ConnectionKey{};
+}
+
 CNestedReply* CNTProxy::PreNestedRequestReply()
 {
     std::unique_ptr<CNestedReply> record(new (std::nothrow) CNestedReply);
     if (record == nullptr)
         return nullptr;
-    const Locked registering(Lock);
-    record->Serial = NextSerial;
+    record->Generation = GetConnectionKey().Generation;
+    record->Began = Microseconds();
     try {
-        Pending.emplace(record->Serial, record.get());
+        return Register(*record) ? record.release() : nullptr;
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
-    PendingCount.store(static_cast<int>(Pending.size()), std::memory_order_release);
-    NextSerial = NextSerial < LastSerial ? static_cast<short>(NextSerial + 1) : static_cast<short>(1);
-    return record.release();
+}
+
+bool CNTProxy::Register(CNestedReply& record)
+{
+    const auto after = [](short serial) {
+        return serial < LastSerial ? static_cast<short>(serial + 1) : static_cast<short>(1);
+    };
+    const Locked registering(Lock);
+    short serial = NextSerial;
+    for (int tried = 0; Pending.count(serial) != 0; serial = after(serial))
+        if (++tried == LastSerial)
+            return false;
+    Pending.emplace(serial, &record);
+    record.Serial = serial;
+    NextSerial = after(serial);
+    PendingCount.store(static_cast<int>(Pending.size()));
+    return true;
 }
 
 bool CNTProxy::WaitForNestedRequestReply(CNestedReply* record)
 {
-    const bool signalled = WaitForSingleObject(record->Event, Kesra::ReplyTimeLimit) == WAIT_OBJECT_0;
+    const auto limit = static_cast<DWORD>(State->TimeLimit.load());
+    const auto passed =
+        static_cast<DWORD>(std::min<std::uint64_t>(limit, (Microseconds() - record->Began) / 1000));
+    const bool signalled = WaitForSingleObject(record->Event, limit - passed) == WAIT_OBJECT_0;
     const bool delivered = Unregister(*record);
     if (signalled)
         return true;
@@ -64,6 +114,10 @@ bool CNTProxy::WaitForNestedRequestReply(CNestedReply* record)
         return true;
     }
     TRACE("Reply Error!!!\n");
+    const ConnectionKey key = GetConnectionKey();
+    if (key.Io != nullptr)
+        State->Owner->NoteTimeOut(record->Generation);
+    const DisconnectScope scope(key.Io, record->Generation, DisconnectScope::Request);
     ProcessProxyError();
     return false;
 }
@@ -78,6 +132,7 @@ bool CNTProxy::DeliverReply(short serial, const CNTPacket& reply)
             return false;
         found->second->Reply = reply;
         found->second->Delivered = true;
+        NoteReply(*found->second);
         event = found->second->Event;
         Pending.erase(found);
         PendingCount.store(static_cast<int>(Pending.size()), std::memory_order_release);
@@ -96,4 +151,17 @@ bool CNTProxy::Unregister(const CNestedReply& record)
         PendingCount.store(static_cast<int>(Pending.size()), std::memory_order_release);
     }
     return record.Delivered;
+}
+
+void CNTProxy::NoteReply(const CNestedReply& record)
+{
+    ProxyState& state = *State;
+    if (state.RepliesOf != record.Generation) {
+        state.RepliesOf = record.Generation;
+        state.Replies = state.LongestTime = state.TotalTime = 0;
+    }
+    ++state.Replies;
+    state.LastTime = Microseconds() - record.Began;
+    state.LongestTime = std::max(state.LongestTime, state.LastTime);
+    state.TotalTime += state.LastTime;
 }

@@ -2,6 +2,8 @@
 
 #include "KesraNTC/base/CDebug.h"
 #include "KesraNTC/net/CNetIO.h"
+#include "KesraNTC/net/private/ClientState.h"
+#include "KesraNTC/net/private/DisconnectScope.h"
 
 CNTProxy_CLToGS::CNTProxy_CLToGS() = default;
 
@@ -13,6 +15,12 @@ bool CNTProxy_CLToGS::Send(CNTPacket& packet)
         CDebug::AppendDebugMsg("Send Error!!!");
         return false;
     }
+    // What a failed send disconnects is what it failed on, and no connection that is being made meanwhile.
+    const Kesra::ConnectionKey key = GetConnectionKey();
+    const Kesra::DisconnectScope* outer =
+        Kesra::DisconnectScope::Find(key.Io, Kesra::DisconnectScope::Request);
+    const Kesra::DisconnectScope scope(key.Io, outer != nullptr ? outer->GetGeneration() : key.Generation,
+                                       Kesra::DisconnectScope::Request);
     if (Client->SendToServer(packet) == CNetIO::SendFailed) {
         CDebug::AppendDebugMsg("Send Error!!!");
         ProcessProxyError();

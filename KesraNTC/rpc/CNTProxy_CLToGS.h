@@ -18,16 +18,21 @@
 
 /// Everything a game can ask of the game server: 65 requests.
 ///
+/// Attach the proxy to a connected client before the first request. Never make a waiting request inside a
+/// handler: it blocks its thread for 20 seconds and then disconnects the client.
+///
 /// A send-only request returns GS_OK at once, whatever became of the send; the server answers, if at all,
 /// with pushed messages. A waiting request blocks its thread until the reply with its serial is in, at most
 /// 20000 ms. It returns GS_OK with its out-parameters filled, the server's verdict in `result`; or
 /// GS_REPLY_ERROR with `result` 3 and the others untouched. A failed send and a missing reply disconnect the
 /// client. A waiting request waits its whole time even when its send failed or the connection ends meanwhile.
 ///
-/// Requests may be made from any thread, waiting ones not from a stub's handler: their reply could not be
-/// dispatched before the handler has returned. Text arguments travel up to their first NUL; a request never
-/// exceeds 4096 bytes, what does not fit is left out. A `long` travels as its low 32 bits. Arguments whose
-/// meaning only the server knows are named by their place.
+/// Requests may be made from any thread, the send-only ones inside handlers too. The reply to a waiting one
+/// could not be dispatched before the handler has returned; nor is there anybody to dispatch it on the
+/// receive thread itself, in ProcessDisconnection, unless ConnectToServer has been called there. Text
+/// arguments travel up to their first NUL; a request never exceeds 4096 bytes, what does not fit is left out.
+/// A `long` travels as its low 32 bits. Arguments whose meaning only the server knows are named by their
+/// place.
 class KESRANTC_API CNTProxy_CLToGS : public CNTProxy
 {
 public:
@@ -42,18 +47,18 @@ public:
 
     // Account, avatars and play sessions.
 
-    /// Waiting: logs the account on; brings its avatars, each with its private data.
+    /// Waiting, so never in a handler: logs the account on; brings its avatars, each with its private data.
     GS_RESULT CS_Logon(CString& account, CString& password, unsigned short& value,
                        std::vector<TAvatar>& avatars, std::vector<TPrivData>& privData,
                        unsigned long& result);
-    /// Waiting: creates the account's avatar with this index.
+    /// Waiting, so never in a handler: creates the account's avatar with this index.
     GS_RESULT CS_CreateAvatar(short avatarIndex, CString& nickname, short avatarTemplateID,
                               unsigned long& result);
-    /// Waiting: marks an avatar for deletion; `when` is the date the server set.
+    /// Waiting, so never in a handler: marks an avatar for deletion; `when` is the date the server set.
     GS_RESULT CS_DeleteAvatar(short avatarIndex, COLEDateTime& when, unsigned long& result);
-    /// Waiting: takes a deletion back.
+    /// Waiting, so never in a handler: takes a deletion back.
     GS_RESULT CS_CancelDeleteAvatar(short avatarIndex, unsigned long& result);
-    /// Waiting: asks to join a play session; brings the avatar's items and skills.
+    /// Waiting, so never in a handler: asks to join a play session; brings the avatar's items and skills.
     GS_RESULT CS_TryOnSession(short first, short second, std::vector<TItem>& items,
                               std::vector<TSkill>& skills, unsigned long& result);
     /// Enters the session.
@@ -64,14 +69,15 @@ public:
     GS_RESULT CS_BearAgain(short value);
     /// Asks for the avatar to be born and to enter.
     GS_RESULT CS_BearAndEnterSession();
-    /// Waiting: warps into a session; `position` receives x and z. The four values are only read.
+    /// Waiting, so never in a handler: warps into a session; `position` receives x and z. The four values are
+    /// only read.
     GS_RESULT CS_Warp_SessionIn(short& first, short& second, short& third, short& fourth, CNTVector& position,
                                 unsigned long& result);
     /// Warps into a session at a position.
     GS_RESULT CS_Warp_SessionIn_Free(short value, CNTVector& position);
     /// Warps out of the session.
     GS_RESULT CS_Warp_SessionOut();
-    /// Waiting: renames the avatar.
+    /// Waiting, so never in a handler: renames the avatar.
     GS_RESULT CS_Change_AvatarNickName(CFixCharString<20>& nickname, unsigned long& result);
     /// Reports an error text to the server.
     GS_RESULT CS_Error(CString& text);
@@ -113,7 +119,7 @@ public:
     GS_RESULT CS_Use_Item(short item);
     /// Asks for the jewelry collection to be brought up to date.
     GS_RESULT CS_UpdateJewelryCollection(short value);
-    /// Waiting: upgrades an item with materials.
+    /// Waiting, so never in a handler: upgrades an item with materials.
     GS_RESULT CS_Request_ItemUpgrade(short first, long second, std::vector<short>& materials, short fourth,
                                      short fifth, long& upgraded, unsigned long& result);
     /// Repairs the item at this index.
@@ -134,18 +140,19 @@ public:
     /// Raises a parameter.
     GS_RESULT CS_IncParameter(short parameter);
 
-    // Barter; the number is the other avatar's object ID.
+    // Barter; the number is the other avatar's object ID. docs/trading.md has the steps and a program.
 
-    /// Proposes a barter.
+    /// Proposes a barter; the other gets SC_Barter50003, and its answer comes with SC_Barter50002.
     GS_RESULT CS_RequestBarter(unsigned long objectID);
-    /// Answers a proposed barter.
+    /// Answers a proposed barter; to the reference server 1 agrees, anything else refuses.
     GS_RESULT CS_ResponseBarter(unsigned long objectID, short answer);
-    /// Calls a barter off.
+    /// Calls a barter off; the other gets SC_Barter50004.
     GS_RESULT CS_CancelBarter(unsigned long objectID);
-    /// Offers items and skills.
+    /// Offers items, skills and, last, gold, in place of the offer before; the other gets SC_Dealing.
     GS_RESULT CS_Dealing(unsigned long objectID, std::vector<TItem>& items, std::vector<TSkill>& skills,
                          long last);
-    /// Agrees to what both sides offer.
+    /// Agrees to what both sides offer; the other gets SC_Barter50004, and after the second signature both
+    /// get SC_Barter50005.
     GS_RESULT CS_DealSign(unsigned long objectID);
 
     // Party.
@@ -178,10 +185,11 @@ public:
 
     // Game masters; whether the sender is one is for the server to decide.
 
-    /// Waiting: moves the game master to an avatar; brings a value and the place's x and z.
+    /// Waiting, so never in a handler: moves the game master to an avatar; brings a value and the place's x
+    /// and z.
     GS_RESULT CS_GM_Move_To_Avatar(CString nickname, short& value, CNTVector& position,
                                    unsigned long& result);
-    /// Waiting: moves the game master to a place; x and z travel.
+    /// Waiting, so never in a handler: moves the game master to a place; x and z travel.
     GS_RESULT CS_GM_Move_To_Position(short first, CNTVector position, unsigned long& result);
     /// Summons an avatar.
     GS_RESULT CS_GM_Call_Avatar(CString nickname);
@@ -189,7 +197,7 @@ public:
     GS_RESULT CS_GM_Transparent(bool invisible);
     /// Forbids an avatar to chat.
     GS_RESULT CS_GM_Prohibit_Avatar_Chatting(CString nickname, int time);
-    /// Waiting: brings an avatar's public and private records.
+    /// Waiting, so never in a handler: brings an avatar's public and private records.
     GS_RESULT CS_GM_Get_Avatar_Information(CString nickname, TAvatar& avatar, TPrivData& privData,
                                            unsigned long& result);
     /// Throws an avatar out of the game.
@@ -200,7 +208,7 @@ public:
     GS_RESULT CS_GM_Give_Skill(CString nickname, int second, int third);
     /// Gives an avatar an item.
     GS_RESULT CS_GM_Give_Item(CString nickname, int second, short third);
-    /// Waiting: takes an item from an avatar; brings the item.
+    /// Waiting, so never in a handler: takes an item from an avatar; brings the item.
     GS_RESULT CS_GM_Steal_Item(CString nickname, short second, TItem& item, unsigned long& result);
 
 private:

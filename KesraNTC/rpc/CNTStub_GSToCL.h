@@ -20,9 +20,10 @@
 /// handler returns, so copy what is kept. A `long` comes from 32 bits. What the packet did not hold is 0,
 /// empty or as constructed.
 /// Handlers run one at a time, with the connection's lock held, on the thread that drains the queue: the
-/// game's, or the receive thread while a request waits for its reply. They must not throw, and a waiting
-/// request made from one runs into its time limit. The number in front of each line is its message; what the
-/// values mean is between the game and its server.
+/// game's, or the receive thread while a request waits for its reply. They must not throw. A waiting request
+/// made from one can only run into its 20 seconds, which end in a disconnection; send-only ones are welcome.
+/// The number in front of each line is its message; what the values mean is between the game and its server;
+/// docs/server.md says what they mean to the reference server.
 class KESRANTC_API CNTStub_GSToCL : public CNTStub
 {
 public:
@@ -141,15 +142,15 @@ public:
     virtual void SC_Event16013(CNTVector&) = 0;
     /// 508: the list of game servers.
     virtual void SC_GSList(std::vector<sGS>&) = 0;
-    /// 50001: the four values of CS_Dealing.
+    /// 50001: an offer, the four values of CS_Dealing: who offers, items, skills, gold.
     virtual void SC_Dealing(unsigned long&, std::vector<TItem>&, std::vector<TSkill>&, long&) = 0;
-    /// 50002: two values.
+    /// 50002: the answer to a proposed barter: who answers, and 1 when it agrees.
     virtual void SC_Barter50002(long&, short&) = 0;
-    /// 50003: one value.
+    /// 50003: a barter is proposed: by whom.
     virtual void SC_Barter50003(long&) = 0;
-    /// 50004: two values.
+    /// 50004: a barter changes: the partner, and 0 called off, 1 signed, 2 an offer could not be kept.
     virtual void SC_Barter50004(long&, short&) = 0;
-    /// 50005: the four values of CS_Dealing.
+    /// 50005: a barter is done: the partner and what was received, as in CS_Dealing.
     virtual void SC_Barter50005(unsigned long&, std::vector<TItem>&, std::vector<TSkill>&, long&) = 0;
     /// 60001: a place; y is 0.
     virtual void SC_Event60001(short, CNTVector&) = 0;

@@ -19,4 +19,7 @@ public:
     HANDLE Event;    ///< set once the reply is stored
     CNTPacket Reply; ///< the reply as received, its position behind the serial
     bool Delivered;  ///< the reply is stored and the event set or about to be; under the proxy's lock
+
+    unsigned long long Generation; ///< of the connection on which the request was made
+    unsigned long long Began;      ///< when it was registered, in microseconds
 };

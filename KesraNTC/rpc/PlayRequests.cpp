@@ -1,4 +1,4 @@
-#include "KesraNTC/rpc/Requests.h"
+#include "KesraNTC/rpc/private/Requests.h"
 
 using namespace Kesra;
 

@@ -1,5 +1,5 @@
 #include "KesraNTC/net/DateEncoding.h"
-#include "KesraNTC/rpc/Requests.h"
+#include "KesraNTC/rpc/private/Requests.h"
 
 using namespace Kesra;
 

@@ -13,6 +13,7 @@ constexpr float NoDistance = 1e-6F;
 constexpr float ShortestStep = 1;
 constexpr double TurnLimit = 90; // degrees in one step
 constexpr float OneOverPi = 0.31830987F;
+constexpr double RadiansPerDegree = 3.14159265358979323846 / 180;
 
 // The displacement of an object that moves on; the product is formed from left to right.
 CNTVector Travel(const CNTVector& direction, float speed, float elapsed)
@@ -31,6 +32,12 @@ CDRVector& CDRVector::operator=(const CDRVector& other)
     Target = other.Target;
     Follower = other.Follower;
     return *this;
+}
+
+CNTVector CDRVector::DirectionOf(float ay)
+{
+    const double radians = ay * RadiansPerDegree;
+    return CNTVector(static_cast<float>(std::sin(radians)), 0, static_cast<float>(std::cos(radians)));
 }
 
 void CDRVector::SetTarget(CNTVector& pos, CNTVector& vel, float speed, float ay)

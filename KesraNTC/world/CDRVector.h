@@ -18,12 +18,19 @@ enum DR_STATE : int {
 /// of a follower, with which positions are predicted between reports (dead reckoning).
 ///
 /// The game calls Move once per frame. For its own avatar it stores the truth and leaves the state at DR_INIT
-/// or DR_SYNCED; the follower is what the others predict, and Move tells when it has drifted too far. For a
-/// remote object it stores each report as the target with state DR_NEWTARGET; the follower, and with it the
-/// position, glides towards it.
+/// or DR_SYNCED; the follower is what the others predict, and Move tells when it has drifted too far.
 ///
-/// A step covers direction x speed x elapsed time, in whatever unit of time the game uses. Headings are in
-/// degrees about the vertical axis: 0 faces +z, +90 faces +x. One thread at a time; nothing allocates.
+/// For a remote object each report becomes the target, with state DR_NEWTARGET, and the follower, and with it
+/// the position, glides towards it. Two things do not come by themselves: at first sight the follower has to
+/// be put where the object is, since it would set out from (0, 0, 0) otherwise; and the direction of a report
+/// has to be computed from its heading (DirectionOf), since it does not travel. TObject::InitDRVector and
+/// TObject::SetDRVectorReport do both.
+///
+/// A step covers direction x speed x elapsed time, in whatever unit of time the game uses. **Choose the unit
+/// of distance so that the slowest walk covers at least one per frame:** Move takes a shorter step of a
+/// remote object for its arrival, and the object stands until it is 350 behind and jumps. At 30 frames a
+/// second that means speeds of 30 units a second or more (docs/dead-reckoning.md). Headings are in degrees
+/// about the vertical axis: 0 faces +z, +90 faces +x. One thread at a time; nothing allocates.
 class KESRANTC_API CDRVector
 {
 public:
@@ -47,6 +54,8 @@ public:
     /// The heading in degrees.
     void SetAY(float ay) { Own.AY = ay; }
     float GetAY() const { return Own.AY; }
+    /// The direction, of length 1 on the ground, in which an object with this heading (degrees) walks.
+    static CNTVector DirectionOf(float ay);
 
     /// What the next Move does; see DR_STATE.
     void SetDRState(DR_STATE state) { State = state; }
@@ -63,6 +72,9 @@ public:
     /// One step over the elapsed time; the second argument is not used. True only for an own avatar whose
     /// follower was just reset to the truth, because its speed changed, its heading turned by 20 degrees or
     /// more, or it drifted by 100 or more on the ground: the game then reports the movement.
+    ///
+    /// A remote object stops within one step of its target: speed x elapsed time, so a frame that took long
+    /// leaves it far off. Steps of one fixed length, several in a long frame, keep that small.
     bool Move(float elapsed, float unused);
 
 private:

@@ -17,7 +17,9 @@ public:
     TAvatar(const TAvatar& other);
     /// Takes everything over, so that an avatar stays what it is when its list grows.
     TAvatar(TAvatar&& other) noexcept = default;
-    /// Copies everything but the type, the last zone and the dead-reckoning state, which stay.
+    /// Copies everything but the type, the last zone and the dead-reckoning state, which stay, also when the
+    /// other is a temporary. Inside a list these therefore belong to the place: erase, insert and sorting
+    /// assign, and move the rest of an avatar without them.
     TAvatar& operator=(const TAvatar& other);
     ~TAvatar() override;
 

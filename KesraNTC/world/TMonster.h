@@ -12,8 +12,12 @@ public:
     TMonster();
     /// A monster of a default record that takes what assignment takes.
     TMonster(const TMonster& other);
+    /// Takes everything over, so that a monster stays what it is when its list grows.
+    TMonster(TMonster&& other) noexcept = default;
     /// Copies movement (but the dead-reckoning state), hit points, template, animation, identifier and
-    /// current zone; the rest stays.
+    /// current zone. Session, type, last zone and dead-reckoning state stay, also when the other is a
+    /// temporary. Inside a list these therefore belong to the place: erase, insert and sorting assign, and
+    /// move the rest of a monster without them.
     TMonster& operator=(const TMonster& other);
     ~TMonster() override;
 

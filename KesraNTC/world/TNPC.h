@@ -12,7 +12,12 @@ public:
     TNPC();
     /// A character of a default record that takes what assignment takes.
     TNPC(const TNPC& other);
-    /// Copies the movement (but the dead-reckoning state) and the identifier; the rest stays.
+    /// Takes everything over, so that a character stays what it is when its list grows.
+    TNPC(TNPC&& other) noexcept = default;
+    /// Copies the movement (but the dead-reckoning state) and the identifier. Template, session, type, zones
+    /// and dead-reckoning state stay, also when the other is a temporary. Inside a list these therefore
+    /// belong to the place: erase, insert and sorting assign, and move a character without them. A list that
+    /// is to be sorted or thinned out is better one of pointers.
     TNPC& operator=(const TNPC& other);
     ~TNPC() override;
 

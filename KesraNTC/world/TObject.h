@@ -33,6 +33,14 @@ public:
     CDRVector* GetDRVector() { return &DR; }
     /// Takes over a movement but for its dead-reckoning state, which stays.
     void SetDRVector(CDRVector& vector) { DR = vector; }
+    /// A remote object has come into sight, or has been put elsewhere: it is displayed from its own position
+    /// on, and walks on when it has a speed. To be called on the record that the game keeps and moves, since
+    /// copying a record leaves the dead-reckoning state out.
+    void InitDRVector();
+    /// A report about a remote object has arrived: from now on Move takes it there. Only the report's
+    /// position on the ground, heading and speed are read; the height stays. The first report about an object
+    /// without InitDRVector counts as its coming into sight.
+    void SetDRVectorReport(const CDRVector& report);
 
     /// The play session the object has joined.
     short GetJoinedSessionID() const { return JoinedSessionID; }

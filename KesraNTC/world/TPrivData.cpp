@@ -1,8 +1,8 @@
 #include "KesraNTC/world/TPrivData.h"
 
-#include "KesraNTC/base/Korean.h"
 #include "KesraNTC/base/Trace.h"
-#include "KesraNTC/base/Truncate.h"
+#include "KesraNTC/base/private/Korean.h"
+#include "KesraNTC/base/private/Truncate.h"
 #include "KesraNTC/net/DateEncoding.h"
 
 #include <algorithm>

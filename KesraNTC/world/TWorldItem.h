@@ -15,8 +15,12 @@ public:
     TWorldItem();
     /// An item of a default record that takes what assignment takes.
     TWorldItem(const TWorldItem& other);
-    /// Copies identifier, current zone, movement (but the dead-reckoning state) and the item's own fields;
-    /// the rest stays.
+    /// Takes everything over, so that an item stays what it is when its list grows.
+    TWorldItem(TWorldItem&& other) noexcept = default;
+    /// Copies identifier, current zone, movement (but the dead-reckoning state) and the item's own fields.
+    /// Session, type, last zone and dead-reckoning state stay, also when the other is a temporary. Inside a
+    /// list these therefore belong to the place: erase, insert and sorting assign, and move the rest of an
+    /// item without them.
     TWorldItem& operator=(const TWorldItem& other);
     ~TWorldItem() override;
 

@@ -1,10 +1,13 @@
 #include "KesraNTC/base/COLEVariant.h"
 
+#include "KesraNTC/base/CDebug.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <string>
 #include <type_traits>
 
 namespace
@@ -203,6 +206,19 @@ TEST(COLEVariant, ConvertsInPlaceOrFromASource)
     variant.ChangeType(VT_I4, source);
     EXPECT_EQ(VT_I2, variant.vt);
     EXPECT_EQ(2, variant.iVal);
+}
+
+TEST(COLEVariant, TellsTraceWhatFailed)
+{
+    std::string traced;
+    CDebug::SetTraceHook([](void* context, const char* text) { *static_cast<std::string*>(context) += text; },
+                         &traced);
+    COLEVariant value(5L, VT_I4);
+    value.ChangeType(VT_UNKNOWN, nullptr);
+    CDebug::SetTraceHook(nullptr, nullptr);
+    EXPECT_EQ("OLE Exception at OLEVariant : 324\n", traced);
+    EXPECT_EQ(VT_I4, value.vt);
+    EXPECT_EQ(5, value.lVal);
 }
 
 TEST(COLEVariant, HandsItsValueOverAndBack)

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
 #include <random>
 #include <string>
 
@@ -144,6 +145,29 @@ TEST(CStringEdit, MapsTheCaseOfWholeCharacters)
     empty.MakeUpper();
     empty.MakeReverse();
     ExpectText(empty, "");
+}
+
+// A game writes 61 B0 into a larger buffer and leaves other text of its own behind the terminator.
+TEST(CStringEdit, HalfACharacterNeverTakesWhatIsBehindTheText)
+{
+    const auto changed = [](void (CString::*change)()) {
+        CString text;
+        std::memcpy(text.GetBuffer(8), "a\xB0\0bc\xB0z", 8);
+        text.ReleaseBuffer();
+        (text.*change)();
+        EXPECT_EQ(std::string(static_cast<const char*>(text) + 3, 4), "bc\xB0z");
+        return std::string(text);
+    };
+    EXPECT_EQ(changed(&CString::MakeUpper), "A\xB0");
+    EXPECT_EQ(changed(&CString::MakeLower), "a\xB0");
+    EXPECT_EQ(changed(&CString::MakeReverse), "a\xB0");
+
+    const char set[] = {'\xB0', '\0', 'b', '\0'};
+    EXPECT_EQ(CString("ab").FindOneOf(set), -1);
+    EXPECT_EQ(CString("a\xB0").FindOneOf("\xB0"), -1);
+    CString half("\xFA");
+    half.MakeUpper();
+    ExpectText(half, "\xFA");
 }
 
 TEST(CStringEdit, ReversesCharactersNotBytes)
@@ -292,5 +316,12 @@ TEST(CStringEdit, ConvertsBetweenAnsiAndOem)
     text.OemToCharA();
     ExpectText(text, "a\xB0\xA1\\");
     EXPECT_FALSE(IsShared(text, other));
+    // Bytes that are no characters may come out shorter.
+    for (void (CString::*convert)() : {&CString::CharToOemA, &CString::OemToCharA}) {
+        CString broken("a\xFA\xFFz\xFA");
+        (broken.*convert)();
+        EXPECT_EQ(static_cast<std::size_t>(broken.GetLength()), std::strlen(broken));
+        EXPECT_EQ(broken[0], 'a');
+    }
 }
 } // namespace

@@ -141,6 +141,18 @@ TEST(CString, WideTextsBecomeCodePage949)
     ExpectText(string, "\x81\x41");
     ExpectText(other, "shared");
     EXPECT_EQ(CString(Wide(u"abcd")).GetAllocLength(), 8);
+
+    ExpectText(CString(L"a\uAC00z"), "a\xB0\xA1z");
+    ExpectText(CString(u"a\uAC00z"), "a\xB0\xA1z");
+    // A character beyond 16 bits is two units, neither of which the page has.
+    ExpectText(CString(L"a\U0001F600"), "a??");
+    ExpectText(CString(u"a\U0001F600"), "a??");
+    string = L"wide \uAC01";
+    ExpectText(string, "wide \xB0\xA2");
+    string = u"";
+    ExpectText(string, "");
+    string = static_cast<const wchar_t*>(nullptr);
+    ExpectText(string, "");
 }
 
 TEST(CString, GetBufferGivesPrivateRoomAndKeepsTheText)
@@ -349,6 +361,16 @@ TEST(CString, ComparisonTakesDoubleByteCharactersAsOne)
     // The trail byte of U+AC05 is the letter A, that of U+AC24 the letter a.
     EXPECT_NE(CString("\x81\x41").CompareNoCase("\x81\x61"), 0);
     EXPECT_GT(CString("\x81\x41").Compare("zzz"), 0);
+    EXPECT_EQ(CString("a\xB0\xA1\xA5\xC1").CompareNoCase("A\xB0\xA1\xA5\xE1"), 0);
+    EXPECT_GT(CString("a").CompareNoCase("_"), 0);
+    // Half a character ends a text, and nothing behind it is looked at.
+    const char half[] = {'a', '\xB0', '\0', 'z', '\0'};
+    const char otherHalf[] = {'A', '\xB0', '\0', 'y', '\0'};
+    EXPECT_EQ(CString("a\xB0").Compare(half), 0);
+    EXPECT_EQ(CString("a\xB0").CompareNoCase(otherHalf), 0);
+    EXPECT_EQ(CString("a\xB0").Collate(half), 0);
+    EXPECT_EQ(CString("a\xB0").CollateNoCase(otherHalf), 0);
+    EXPECT_LT(CString("a\xB0").Compare("a\xB0\xA1"), 0);
 }
 
 TEST(CString, CollationFollowsTheDictionary)
@@ -360,6 +382,40 @@ TEST(CString, CollationFollowsTheDictionary)
     // The second syllable stands between the others in the dictionary but before both in the code page.
     EXPECT_LT(CString("\xB0\xA1").Collate("\x81\x41"), 0);
     EXPECT_LT(CString("\x81\x41").Collate("\xB0\xA4"), 0);
+}
+
+// The buffer of all empty texts belongs to every thread: ThreadSanitizer reports whoever writes it.
+TEST(CString, EmptyTextsOfTwoThreadsNeverWriteTheirBuffer)
+{
+    const auto work = [] {
+        CString empty;
+        empty.GetBuffer(0);
+        empty.GetBuffer(-1);
+        empty.GetBufferSetLength(0);
+        empty.ReleaseBuffer();
+        empty.LockBuffer();
+        empty.UnlockBuffer();
+        empty.FreeExtra();
+        empty.SetAt(0, 'x');
+        empty.MakeUpper();
+        empty.MakeLower();
+        empty.MakeReverse();
+        empty.TrimLeft();
+        empty.TrimRight();
+        empty.CharToOemA();
+        empty.OemToCharA();
+        empty.Format("");
+        empty.Replace("a", "b");
+        empty.Insert(0, "");
+        empty += "";
+        empty = "";
+        empty = Wide(u"");
+        EXPECT_EQ(Text(empty), Text(CString()));
+        EXPECT_EQ(empty.GetAllocLength(), 0);
+    };
+    std::thread other(work);
+    work();
+    other.join();
 }
 
 TEST(CString, SharersOnDifferentThreadsCountTogether)

@@ -1,10 +1,12 @@
 #include "KesraNTC/base/CDebug.h"
-#include "KesraNTC/base/Korean.h"
 #include "KesraNTC/base/Trace.h"
+#include "KesraNTC/base/private/Korean.h"
 #include "KesraNTC/platform/Platform.h"
 #include "tests/support/LogDirectory.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <fstream>
 #include <sstream>
@@ -77,6 +79,17 @@ TEST(Debug, FormatsAsStringsDo)
     for (const char* format : {"%S|%I64d|%lu", static_cast<const char*>(nullptr)})
         CDebug::AppendDebugMsg(format, OLESTR("a\uAC00"), -5LL, 7UL);
     EXPECT_EQ("a\xB0\xA1|-5|7\r\n\r\n", directory.Log());
+}
+
+// The compiler takes all of these for right, so all of them have to be.
+TEST(Debug, TakesTheArgumentsThatTheCompilerChecked)
+{
+    const LogDirectory directory;
+    const std::size_t size = 7;
+    CDebug::AppendDebugMsg("%zu %td %s", size, std::ptrdiff_t{-7}, "next");
+    CDebug::AppendDebugMsg("%jd %hhd %lld %s", std::intmax_t{-1}, static_cast<signed char>(44), -5LL, "next");
+    CDebug::AppendDebugMsg("%Lf %F %a %s", 1.5L, 2.5, 1.0, "next");
+    EXPECT_EQ("7 -7 next\r\n-1 44 -5 next\r\n1.500000 2.500000 0x1p+0 next\r\n", directory.Log());
 }
 
 TEST(Debug, TraceAndInitWriteNothing)

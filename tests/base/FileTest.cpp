@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -23,7 +24,7 @@ TEST(File, AppendsToWhatIsThere)
     CFile file;
     void* const handle = file.Open("log.txt");
     ASSERT_NE(INVALID_HANDLE_VALUE, handle);
-    file.Write("%s %d\n", "line", 1);
+    file.Write("%s %td\n", "line", std::ptrdiff_t{1});
     file.Write(static_cast<const void*>("a\0b"), 3);
     // Others may read while it is open.
     EXPECT_EQ(std::string("old\nline 1\na\0b", 14), ContentOf("log.txt"));

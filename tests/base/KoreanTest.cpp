@@ -1,4 +1,4 @@
-#include "KesraNTC/base/Korean.h"
+#include "KesraNTC/base/private/Korean.h"
 #include "KesraNTC/platform/Platform.h"
 
 #include <gtest/gtest.h>

@@ -47,11 +47,11 @@ TEST(Lock, LoggingOperationsWriteTwoLinesEach)
     const LogDirectory directory;
     CLock lock;
     lock.Enter("%d", 5);
-    lock.Leave("%s done", "all");
+    lock.Leave("%zu %s done", sizeof(char), "all");
     const std::string text(600, 'x');
     lock.Enter("%s", text.c_str());
     lock.Leave();
-    EXPECT_EQ("Enter \r\n5\r\nLeave \r\nall done\r\nEnter \r\n" + text.substr(0, 511) + "\r\n",
+    EXPECT_EQ("Enter \r\n5\r\nLeave \r\n1 all done\r\nEnter \r\n" + text.substr(0, 511) + "\r\n",
               directory.Log());
     // Both really worked on the lock: another thread gets in.
     std::thread([&lock] { const Kesra::Locked held(lock); }).join();

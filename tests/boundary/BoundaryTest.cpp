@@ -58,6 +58,30 @@ TEST(Boundary, AGameCatchesWhatVariantsThrow)
     EXPECT_EQ(S_OK, ErrorOf([&] { packet << properties; }));
 }
 
+/// What a game passes as a literal is converted on its own side with the library's help.
+TEST(Boundary, AGameWritesItsTextsAsLiterals)
+{
+    _variant_t value("\xB0\xA1 text");
+    EXPECT_EQ("\xB0\xA1 text", Text(value));
+    value = "other";
+    EXPECT_EQ("other", Text(value));
+    EXPECT_EQ("", Text(_variant_t("")));
+    // Half a character at the end takes nothing behind the text.
+    EXPECT_EQ("a?", Text(_variant_t("a\xB0")));
+
+    CPropCollection properties;
+    properties.SetProperty("name", "Mina");
+    EXPECT_EQ("Mina", Text(properties.GetProperty("NAME")));
+
+    CString wide(L"\uAC00 wide");
+    EXPECT_STREQ("\xB0\xA1 wide", wide);
+    wide = L"again";
+    EXPECT_STREQ("again", wide);
+    wide = value.bstrVal;
+    EXPECT_STREQ("other", wide);
+    EXPECT_STREQ("other", CString(value.bstrVal));
+}
+
 /// Each of these is allocated on one side, grows on the other and is freed on the first.
 TEST(Boundary, TextsListsAndValuesChangeSides)
 {

@@ -1,7 +1,7 @@
 #include "tests/conformance/OwnPackets.h"
 
 #include "KesraNTC/KesraNTC.h"
-#include "KesraNTC/base/Korean.h"
+#include "KesraNTC/base/private/Korean.h"
 
 #include <fstream>
 

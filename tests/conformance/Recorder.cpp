@@ -13,8 +13,8 @@
 #include "tests/conformance/WatchingStub.h"
 
 #include "server/GameServer.h"
-#include "server/Notifications.h"
-#include "server/Writers.h"
+#include "server/messages/Notifications.h"
+#include "server/messages/Writers.h"
 
 #include <cstdio>
 #include <filesystem>

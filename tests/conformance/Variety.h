@@ -1,7 +1,7 @@
 #pragma once
 
 #include "KesraNTC/KesraNTC.h"
-#include "KesraNTC/base/Korean.h"
+#include "KesraNTC/base/private/Korean.h"
 
 #include <algorithm>
 #include <concepts>

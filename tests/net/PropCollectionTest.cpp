@@ -3,8 +3,52 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <new>
 #include <string>
+
+namespace
+{
+
+/// How many allocations of this thread still succeed; any number while it is negative.
+thread_local long AllocationsLeft = -1;
+/// Blocks that this thread has allocated less those that it has freed.
+thread_local long LiveBlocks = 0;
+
+} // namespace
+
+// What the whole program allocates with, so that a test can let any allocation fail. Inlined, one of them
+// without the other, they would look to GCC like malloc and delete, or new and free.
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    void* const block = AllocationsLeft == 0 ? nullptr : std::malloc(size > 0 ? size : 1);
+    if (block == nullptr)
+        return nullptr;
+    if (AllocationsLeft > 0)
+        --AllocationsLeft;
+    ++LiveBlocks;
+    return block;
+}
+
+[[gnu::noinline]] void* operator new(std::size_t size)
+{
+    if (void* const block = operator new(size, std::nothrow))
+        return block;
+    throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void operator delete(void* block) noexcept
+{
+    LiveBlocks -= block != nullptr ? 1 : 0;
+    std::free(block);
+}
+
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept
+{
+    operator delete(block);
+}
 
 namespace
 {
@@ -341,6 +385,86 @@ TEST(PropCollection, BytesThatAreNoImage)
     // One pair whose value is half a tag, and that of a text.
     const Bytes half{0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 'a', 1, 0, 0, 0, VT_BSTR};
     EXPECT_NO_THROW(BytesOf(FromBytes(half)));
+}
+
+/// Lets so many allocations of this thread succeed while it lives.
+class MemoryFor
+{
+public:
+    explicit MemoryFor(long allocations) { AllocationsLeft = allocations; }
+    MemoryFor(const MemoryFor&) = delete;
+    MemoryFor& operator=(const MemoryFor&) = delete;
+    ~MemoryFor() { AllocationsLeft = -1; }
+};
+
+HRESULT CodeOf(const _com_error& error)
+{
+    return error.Error();
+}
+
+HRESULT CodeOf(const std::bad_alloc&)
+{
+    return E_OUTOFMEMORY;
+}
+
+/// Lets the first, then the second and so on of the allocations of some work fail until it succeeds, and
+/// counts the failures, of which each must be of the expected kind and lose nothing.
+template <class Failure> int FailuresOf(const std::function<void()>& work)
+{
+    for (int successes = 0;; ++successes) {
+        const long before = LiveBlocks;
+        bool failed = false;
+        try {
+            const MemoryFor some(successes);
+            work();
+        } catch (const Failure& failure) {
+            failed = true;
+            EXPECT_EQ(E_OUTOFMEMORY, CodeOf(failure));
+        }
+        if (!failed)
+            return successes;
+        EXPECT_EQ(before, LiveBlocks) << "after " << successes << " allocations";
+    }
+}
+
+TEST(PropCollection, MemoryThatRunsOutIsAnErrorAndLosesNothing)
+{
+    const CPropCollection small = Numbered(20);
+    const CPropCollection large = Numbered(2000);
+    const Bytes smallImage = BytesOf(small);
+    const Bytes largeImage = BytesOf(Numbered(400));
+    ASSERT_GT(largeImage.size(), CNTPacket::Capacity);
+    const _variant_t variantImage = small;
+    CNTPacket sent;
+    sent << small;
+
+    CPropCollection kept = Numbered(2);
+    const Bytes before = BytesOf(kept);
+    EXPECT_LT(0, FailuresOf<_com_error>([&] {
+                  CPropCollection properties;
+                  properties.SetProperty("name", 1L);
+              }));
+    const auto putWithoutMemory = [&kept](const char* name) {
+        const MemoryFor none(0);
+        kept.SetProperty(name, 0L);
+    };
+    EXPECT_THROW(putWithoutMemory("another"), _com_error);
+    EXPECT_NO_THROW(putWithoutMemory("NAME0"));
+    EXPECT_EQ(before, BytesOf(kept));
+
+    EXPECT_LT(19, FailuresOf<_com_error>([&] {
+                  CNTPacket packet(sent);
+                  packet.SetBufPoint(0);
+                  CPropCollection read;
+                  packet >> read;
+              }));
+    EXPECT_LT(19, FailuresOf<_com_error>([&] { CPropCollection().CopyFrom(smallImage); }));
+    EXPECT_LT(399, FailuresOf<_com_error>([&] { CPropCollection().CopyFrom(largeImage); }));
+    EXPECT_LT(19, FailuresOf<_com_error>([&] { CPropCollection().CopyFrom(variantImage); }));
+    EXPECT_LT(0, FailuresOf<_com_error>([&] { BytesOf(small); }));
+    EXPECT_LT(0, FailuresOf<_com_error>([&] { BytesOf(large); }));
+    EXPECT_LT(0, FailuresOf<_com_error>([&] { const _variant_t image = large; }));
+    EXPECT_LT(19, FailuresOf<std::bad_alloc>([&] { const CPropCollection copy(small); }));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // The collection of packets from a stream, without a socket: bytes are put where a read would put them.
 
-#include "KesraNTC/base/Korean.h"
+#include "KesraNTC/base/private/Korean.h"
 #include "KesraNTC/net/CNetClientIO.h"
 #include "tests/support/LogDirectory.h"
 

@@ -1,9 +1,13 @@
 #include "KesraNTC/net/VariantEncoding.h"
 
+#include "KesraNTC/base/CDebug.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -177,9 +181,39 @@ TEST(VariantEncoding, ReferencesTravelAsWhatTheyReferTo)
     packet << nullReference;
     EXPECT_EQ(Bytes("\1\0", 2), Payload(packet, {2}));
     nullReference.vt = VT_EMPTY;
+}
 
-    const _variant_t null(OfType(VT_R8 | VT_BYREF));
-    EXPECT_THROW(packet << null, _com_error);
+/// What writing a variant throws, S_OK when it throws nothing.
+HRESULT WriteError(const VARIANT& variant)
+{
+    CNTPacket packet = Started();
+    const _variant_t value(variant);
+    try {
+        packet << value;
+        return S_OK;
+    } catch (const _com_error& error) {
+        return error.Error();
+    }
+}
+
+TEST(VariantEncoding, NullReferencesThrowWhatIsWrongWithThem)
+{
+    EXPECT_EQ(E_POINTER, WriteError(OfType(VT_R8 | VT_BYREF)));
+    EXPECT_EQ(E_POINTER, WriteError(OfType(VT_BOOL | VT_BYREF)));
+    for (const VARTYPE type : {VT_BSTR, VT_DECIMAL}) {
+        VARIANT null = OfType(static_cast<VARTYPE>(type | VT_BYREF));
+        _variant_t target;
+        const HRESULT conversion = VariantChangeType(&target, &null, 0, type);
+        EXPECT_TRUE(FAILED(conversion));
+        EXPECT_EQ(conversion, WriteError(null)) << type;
+    }
+
+    BSTR none = nullptr;
+    VARIANT reference = OfType(VT_BSTR | VT_BYREF);
+    reference.pbstrVal = &none;
+    CNTPacket packet = Started();
+    packet << _variant_t(reference);
+    EXPECT_EQ(Bytes("\x08\0\0\0", 4), Payload(packet, {2, 2}));
 }
 
 TEST(VariantEncoding, OtherTypesTravelAsTheirCodeAlone)
@@ -195,6 +229,29 @@ TEST(VariantEncoding, OtherTypesTravelAsTheirCodeAlone)
         EXPECT_EQ(tag, Payload(packet, {2}));
         EXPECT_EQ(VT_EMPTY, RoundTrip(value).vt);
     }
+}
+
+TEST(VariantEncoding, TellsTraceOfTypesThatHaveNoValueHere)
+{
+    std::vector<string> traced;
+    CDebug::SetTraceHook(
+        [](void* context, const char* text) {
+            static_cast<std::vector<string>*>(context)->emplace_back(text);
+        },
+        &traced);
+    CY amount{};
+    _variant_t value;
+    value.vt = VT_CY | VT_BYREF;
+    value.pcyVal = &amount;
+    CNTPacket packet = Started();
+    packet << value << static_cast<unsigned short>(VT_I4 | VT_BYREF);
+    packet.SetBufPoint(CNTPacket::HeaderSize);
+    packet >> value >> value;
+    CDebug::SetTraceHook(nullptr, nullptr);
+    EXPECT_EQ((std::vector<string>{"CNTPacket::operator<<() doesn't support for type 4006",
+                                   "CNTPacket::operator>>() doesn't support for type 6",
+                                   "CNTPacket::operator>>() doesn't support for type 4003"}),
+              traced);
 }
 
 TEST(VariantEncoding, ReadsWhatOthersMaySend)
@@ -216,32 +273,67 @@ TEST(VariantEncoding, ReadsWhatOthersMaySend)
     EXPECT_EQ(VT_EMPTY, value.vt);
 }
 
-TEST(VariantEncoding, CutAnywhereNothingIsReadThatIsNotThere)
+/// What a variant whose bytes are all 0xA5 becomes when only so many bytes of an encoding have come.
+VARIANT ReadShort(CNTPacket packet, int arrived)
+{
+    packet.SetBufSize(static_cast<unsigned short>(CNTPacket::HeaderSize + arrived));
+    packet.SetBufPoint(CNTPacket::HeaderSize);
+    _variant_t value;
+    std::memset(static_cast<VARIANT*>(&value), 0xA5, sizeof(VARIANT));
+    value.vt = VT_I8;
+    packet >> value;
+    EXPECT_EQ(packet.GetBufSize(), packet.GetBufPoint());
+    return value.Detach();
+}
+
+TEST(VariantEncoding, AValueCutAnywhereHasItsTypeAndTheBytesThatCame)
 {
     VARIANT decimal = OfType(VT_DECIMAL);
+    decimal.decVal.scale = 3;
     decimal.decVal.Lo64 = 0x1122334455667788;
-    for (const _variant_t& value : {_variant_t(OLESTR("abcdef")), _variant_t(decimal), _variant_t(0.1),
-                                    _variant_t(0x01020304L), _variant_t(true)}) {
+    const int tagSize = sizeof(VARTYPE);
+    for (const _variant_t& value : {_variant_t(decimal), _variant_t(0.1), _variant_t(0x01020304L),
+                                    _variant_t(short{0x0506}), _variant_t(static_cast<BYTE>(7))}) {
         CNTPacket whole = Started();
         whole << value;
-        for (unsigned short size = CNTPacket::HeaderSize; size < whole.GetBufSize(); ++size) {
-            CNTPacket packet(whole);
-            packet.SetBufSize(size);
-            packet.SetBufPoint(CNTPacket::HeaderSize);
-            _variant_t read(OLESTR("old"));
-            packet >> read;
-            EXPECT_EQ(size, packet.GetBufPoint());
-            const bool hasTag = size > CNTPacket::HeaderSize + 1;
-            EXPECT_TRUE(read.vt == value.vt || !hasTag);
-            EXPECT_TRUE(read.vt == VT_EMPTY || size > CNTPacket::HeaderSize);
+        const int size = whole.GetBufSize() - CNTPacket::HeaderSize;
+        for (int arrived = 0; arrived <= size; ++arrived) {
+            VARIANT expected;
+            std::memset(&expected, 0xA5, sizeof expected);
+            const auto came = static_cast<std::size_t>(std::max(arrived - tagSize, 0));
+            if (value.vt == VT_DECIMAL)
+                std::memcpy(&expected.decVal, &value.decVal, came);
+            else
+                std::memcpy(&expected.llVal, &value.llVal, came);
+            expected.vt = arrived < tagSize ? static_cast<VARTYPE>(VT_EMPTY) : value.vt;
+            const VARIANT read = ReadShort(whole, arrived);
+            EXPECT_EQ(Bytes(reinterpret_cast<const char*>(&expected), sizeof expected),
+                      Bytes(reinterpret_cast<const char*>(&read), sizeof read))
+                << value.vt << " of which " << arrived << " bytes came";
         }
+    }
+}
+
+TEST(VariantEncoding, ATextCutAnywhereEndsThereAndABooleanIsFalse)
+{
+    CNTPacket whole = Started();
+    whole << _variant_t(OLESTR("abcdef"));
+    for (int arrived = 0; arrived <= 10; ++arrived) {
+        VARIANT read = ReadShort(whole, arrived);
+        const _variant_t text(read, false);
+        ASSERT_EQ(arrived < 2 ? VT_EMPTY : VT_BSTR, text.vt) << arrived;
+        const UINT length = text.vt == VT_BSTR ? SysStringLen(text.bstrVal) : 0;
+        EXPECT_EQ(static_cast<UINT>(std::max(arrived - 4, 0)), length) << arrived;
     }
     CNTPacket packet = Started();
     packet << static_cast<unsigned short>(VT_BSTR) << static_cast<unsigned short>(0xFFFF) << 'x';
-    packet.SetBufPoint(CNTPacket::HeaderSize);
-    _variant_t text;
-    packet >> text;
-    EXPECT_EQ(1U, SysStringLen(text.bstrVal));
+    VARIANT read = ReadShort(packet, 5);
+    EXPECT_EQ(1U, SysStringLen(_variant_t(read, false).bstrVal));
+
+    packet = Started();
+    packet << _variant_t(true);
+    EXPECT_EQ(VARIANT_FALSE, ReadShort(packet, 2).boolVal);
+    EXPECT_EQ(VARIANT_TRUE, ReadShort(packet, 3).boolVal);
 }
 
 TEST(VariantEncoding, AFullPacketLeavesOutWhatDoesNotFit)

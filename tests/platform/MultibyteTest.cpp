@@ -4,76 +4,61 @@
 
 #include <string>
 
-// The multibyte functions of the C runtime in code page 949, where 81 41, 81 61
-// and B0 A1 are one character each.
 namespace
 {
-const unsigned char* Bytes(const char* text)
+constexpr LCID Korean = 0x0412;
+
+int Order(const char* left, const char* right, DWORD flags = 0)
 {
-    return reinterpret_cast<const unsigned char*>(text);
+    return CompareStringA(Korean, SORT_STRINGSORT | flags, left, -1, right, -1);
 }
 
-std::string Changed(unsigned char* (*change)(unsigned char*), std::string text)
+int OrderWhateverTheCase(const char* left, const char* right)
 {
-    change(reinterpret_cast<unsigned char*>(text.data()));
-    return text;
+    return Order(left, right, NORM_IGNORECASE);
 }
 
-class Multibyte : public testing::Test
+// Every text comes before the next one. Each pair of bytes from B0 A1 on is a syllable of code page 949; A3
+// C1 and A3 E1 are the full-width letters A and a.
+TEST(Multibyte, OrdersAsAKoreanDictionaryDoes)
 {
-protected:
-    void SetUp() override { ASSERT_EQ(_setmbcp(949), 0); }
-};
-
-TEST_F(Multibyte, KnowsTheLeadBytes)
-{
-    EXPECT_FALSE(_ismbblead('A'));
-    EXPECT_FALSE(_ismbblead(0x80));
-    EXPECT_TRUE(_ismbblead(0x81));
-    EXPECT_TRUE(_ismbblead(0xFE));
-    EXPECT_FALSE(_ismbblead(0xFF));
+    const char* const ascending[] = {"",         "'",
+                                     "a-b",      "a b",
+                                     "a!b",      "a_b",
+                                     "a\\b",     "a+b",
+                                     "a>b",      "a0b",
+                                     "a1",       "a10",
+                                     "a2",       "ab",
+                                     "aB",       "Ab",
+                                     "AB",       "apple",
+                                     "Banana",   "z",
+                                     "\xB0\xA1", "\xB0\xA1\xB3\xAA",
+                                     "\xB0\xA2", "\x81\x41",
+                                     "\xB0\xA4"};
+    for (std::size_t i = 0; i + 1 < std::size(ascending); ++i) {
+        EXPECT_EQ(Order(ascending[i], ascending[i + 1]), CSTR_LESS_THAN) << i;
+        EXPECT_EQ(Order(ascending[i + 1], ascending[i]), CSTR_GREATER_THAN) << i;
+        EXPECT_EQ(Order(ascending[i], ascending[i]), CSTR_EQUAL) << i;
+    }
 }
 
-TEST_F(Multibyte, ComparesByCharacterCode)
+TEST(Multibyte, CaseAndWidthDecideBetweenEqualLetters)
 {
-    EXPECT_EQ(_mbscmp(Bytes("abc"), Bytes("abc")), 0);
-    EXPECT_LT(_mbscmp(Bytes("ab"), Bytes("abc")), 0);
-    EXPECT_GT(_mbscmp(Bytes("b"), Bytes("abc")), 0);
-    EXPECT_LT(_mbscmp(Bytes("z"), Bytes("\xB0\xA1")), 0);
-    EXPECT_LT(_mbscmp(Bytes("\x81\x41"), Bytes("\x81\x61")), 0);
-    EXPECT_EQ(_mbsicmp(Bytes("aBc"), Bytes("AbC")), 0);
-    EXPECT_NE(_mbsicmp(Bytes("\x81\x41"), Bytes("\x81\x61")), 0);
-    EXPECT_GT(_mbsicmp(Bytes("a"), Bytes("_")), 0);
+    EXPECT_EQ(OrderWhateverTheCase("apple", "APPLE"), CSTR_EQUAL);
+    EXPECT_EQ(OrderWhateverTheCase("\xA3\xC1", "\xA3\xE1"), CSTR_EQUAL);
+    EXPECT_EQ(OrderWhateverTheCase("a", "\xA3\xC1"), CSTR_LESS_THAN);
+    EXPECT_EQ(Order("a", "\xA3\xE1"), CSTR_LESS_THAN);
+    EXPECT_EQ(Order("\xA3\xE1", "A"), CSTR_LESS_THAN);
+    EXPECT_EQ(Order("A", "\xA3\xC1"), CSTR_LESS_THAN);
+    EXPECT_EQ(Order("Az", "ab"), CSTR_GREATER_THAN);
 }
 
-TEST_F(Multibyte, CollatesByTheDictionary)
+TEST(Multibyte, LengthsBoundTheTexts)
 {
-    EXPECT_LT(_mbscoll(Bytes("apple"), Bytes("Banana")), 0);
-    EXPECT_EQ(_mbscoll(Bytes("same"), Bytes("same")), 0);
-    EXPECT_NE(_mbscoll(Bytes("apple"), Bytes("Apple")), 0);
-    EXPECT_EQ(_mbsicoll(Bytes("apple"), Bytes("APPLE")), 0);
-    EXPECT_LT(_mbscoll(Bytes("\xB0\xA1"), Bytes("\x81\x41")), 0);
-    EXPECT_LT(_mbscoll(Bytes("9"), Bytes("a")), 0);
-    EXPECT_LT(_mbscoll(Bytes("z"), Bytes("\xB0\xA1")), 0);
-}
-
-TEST_F(Multibyte, SearchesForWholeCharacters)
-{
-    const unsigned char* text = Bytes("ab\x81\x41"
-                                      "A");
-    EXPECT_EQ(_mbspbrk(text, Bytes("xA")), text + 4);
-    EXPECT_EQ(_mbspbrk(text, Bytes("\x81\x41")), text + 2);
-    EXPECT_EQ(_mbspbrk(text, Bytes("xyz")), nullptr);
-}
-
-TEST_F(Multibyte, MapsAndReversesWholeCharacters)
-{
-    EXPECT_EQ(Changed(_mbsupr, "aZ1\x81\x61"), "AZ1\x81\x61");
-    EXPECT_EQ(Changed(_mbslwr, "aZ1\x81\x41"), "az1\x81\x41");
-    EXPECT_EQ(Changed(_mbsrev, "ab\xB0\xA1"
-                               "c"),
-              "c\xB0\xA1"
-              "ba");
-    EXPECT_EQ(Changed(_mbsrev, ""), "");
+    EXPECT_EQ(CompareStringA(Korean, SORT_STRINGSORT, "abc", 2, "abd", 2), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringA(Korean, SORT_STRINGSORT, "abc", 0, "", -1), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringA(Korean, SORT_STRINGSORT, "abc", 3, "ab", -1), CSTR_GREATER_THAN);
+    EXPECT_EQ(CompareStringA(Korean, SORT_STRINGSORT, nullptr, -1, "ab", -1), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
 }
 } // namespace

@@ -16,6 +16,12 @@ public:
     {
     }
     TestSocket(TestSocket&& other) noexcept : Handle(std::exchange(other.Handle, INVALID_SOCKET)) {}
+    TestSocket& operator=(TestSocket&& other) noexcept
+    {
+        Close();
+        Handle = std::exchange(other.Handle, INVALID_SOCKET);
+        return *this;
+    }
     ~TestSocket() { Close(); }
 
     void Close()
@@ -53,6 +59,12 @@ private:
     TestSocket Socket;
     sockaddr_in Address{};
 };
+
+/// Whether an overlapped call was accepted: its event tells how it ended.
+inline bool HasBegun(int error)
+{
+    return error == 0 || error == WSA_IO_PENDING;
+}
 
 /// One overlapped operation with its event.
 class Operation
@@ -95,6 +107,7 @@ public:
     }
 
     HANDLE Event() const { return Block.hEvent; }
+    bool HasEnded() { return HasOverlappedIoCompleted(&Block); }
 
     DWORD Transferred = 0;
 

@@ -1,3 +1,4 @@
+#include "KesraNTC/platform/private/EventHandle.h"
 #include "tests/platform/SocketFixture.h"
 
 #include <cstring>
@@ -6,17 +7,23 @@
 namespace
 {
 
-int IntOption(SOCKET socket, int option)
+int IntOption(SOCKET socket, int option, int level = SOL_SOCKET)
 {
-    int value = -1;
+    int value = -2;
     int size = sizeof value;
-    EXPECT_EQ(0, getsockopt(socket, SOL_SOCKET, option, reinterpret_cast<char*>(&value), &size));
+    EXPECT_EQ(0, getsockopt(socket, level, option, reinterpret_cast<char*>(&value), &size));
     return value;
 }
 
-int SetIntOption(SOCKET socket, int option, int value)
+int SetIntOption(SOCKET socket, int option, int value, int level = SOL_SOCKET)
 {
-    return setsockopt(socket, SOL_SOCKET, option, reinterpret_cast<const char*>(&value), sizeof value);
+    return setsockopt(socket, level, option, reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+int SetKeepAlive(SOCKET socket, tcp_keepalive values, DWORD size = sizeof(tcp_keepalive))
+{
+    DWORD returned = 0;
+    return WSAIoctl(socket, SIO_KEEPALIVE_VALS, &values, size, nullptr, 0, &returned, nullptr, nullptr);
 }
 
 void SetNonBlocking(SOCKET socket)
@@ -41,6 +48,56 @@ TEST_F(SocketTest, OptionsReadBackAsTheyWereSet)
     }
     EXPECT_EQ(0, SetIntOption(Client, SO_DONTLINGER, 1));
     EXPECT_EQ(0, IntOption(Client, SO_ERROR));
+}
+
+TEST_F(SocketTest, KeepAliveTakesItsTimes)
+{
+    EXPECT_EQ(0, SetKeepAlive(Client, {1, 30000, 1500}));
+    EXPECT_EQ(0, SetKeepAlive(Client, {0, 0, 0}));
+    EXPECT_EQ(0, SetKeepAlive(Client, {1, 1, 0xFFFFFFFF}));
+    EXPECT_EQ(SOCKET_ERROR, SetKeepAlive(Client, {1, 30000, 1500}, sizeof(u_long)));
+    EXPECT_EQ(WSAEFAULT, WSAGetLastError());
+    EXPECT_EQ(SOCKET_ERROR, SetKeepAlive(INVALID_SOCKET, {1, 30000, 1500}));
+    EXPECT_EQ(WSAENOTSOCK, WSAGetLastError());
+}
+
+TEST_F(SocketTest, TheRetransmissionLimitReadsBackAsItWasSet)
+{
+    if (KESRANTC_UNDER_WINE) {
+        // Wine does not know the option.
+        EXPECT_EQ(SOCKET_ERROR, SetIntOption(Client, TCP_MAXRT, 30, IPPROTO_TCP));
+        return;
+    }
+    EXPECT_EQ(0, IntOption(Client, TCP_MAXRT, IPPROTO_TCP));
+    for (const int seconds : {30, 3000000, -1, 0}) {
+        EXPECT_EQ(0, SetIntOption(Client, TCP_MAXRT, seconds, IPPROTO_TCP));
+        EXPECT_EQ(seconds, IntOption(Client, TCP_MAXRT, IPPROTO_TCP));
+    }
+    EXPECT_EQ(SOCKET_ERROR, SetIntOption(Client, TCP_MAXRT, -2, IPPROTO_TCP));
+    EXPECT_EQ(0, SetIntOption(Client, TCP_NODELAY, 1, IPPROTO_TCP));
+    EXPECT_EQ(1, IntOption(Client, TCP_NODELAY, IPPROTO_TCP));
+}
+
+// A peer that leaves the window shut acknowledges nothing new: only this limit, not keep-alive, ends that.
+TEST_F(SocketTest, APeerThatTakesNothingFailsTheConnectionAtTheRetransmissionLimit)
+{
+    Connect();
+    if (KESRANTC_UNDER_WINE)
+        return;
+    ASSERT_EQ(0, SetIntOption(Client, TCP_MAXRT, 1, IPPROTO_TCP));
+    const Kesra::EventHandle ended(Kesra::EventHandle::AutoReset);
+    ASSERT_EQ(0, WSAEventSelect(Client, ended.Get(), FD_CLOSE));
+    const std::string text(64 * 1024, 'x');
+    while (send(Client, text.data(), text.size(), 0) > 0) {
+    }
+    ASSERT_EQ(WSAEWOULDBLOCK, WSAGetLastError());
+    ASSERT_TRUE(ended.Wait(60000));
+    WSANETWORKEVENTS events{};
+    ASSERT_EQ(0, WSAEnumNetworkEvents(Client, ended.Get(), &events));
+    EXPECT_EQ(FD_CLOSE, events.lNetworkEvents);
+    EXPECT_EQ(WSAETIMEDOUT, events.iErrorCode[FD_CLOSE_BIT]);
+    EXPECT_EQ(SOCKET_ERROR, send(Client, "x", 1, 0));
+    EXPECT_EQ(WSAETIMEDOUT, WSAGetLastError());
 }
 
 TEST_F(SocketTest, WhatIsNoSocketFailsEveryCall)

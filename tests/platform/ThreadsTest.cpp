@@ -1,6 +1,8 @@
 #include "KesraNTC/platform/Platform.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -87,44 +89,46 @@ TEST(Threads, ACriticalSectionBelongsToOneThreadUntilItsLastLeave)
 {
     CRITICAL_SECTION section;
     InitializeCriticalSection(&section);
-    const auto otherThreadEnters = [&section] {
-        BOOL entered = FALSE;
-        std::thread([&] {
-            entered = TryEnterCriticalSection(&section);
-            if (entered)
-                LeaveCriticalSection(&section);
-        }).join();
-        return entered != FALSE;
-    };
-    EXPECT_TRUE(otherThreadEnters());
+    std::atomic<bool> arrived{false};
+    std::string order;
     EnterCriticalSection(&section);
-    EXPECT_TRUE(TryEnterCriticalSection(&section));
-    EXPECT_FALSE(otherThreadEnters());
+    EnterCriticalSection(&section);
+    std::thread other([&] {
+        arrived = true;
+        EnterCriticalSection(&section);
+        order += "other ";
+        LeaveCriticalSection(&section);
+    });
+    while (!arrived)
+        std::this_thread::yield();
     LeaveCriticalSection(&section);
-    EXPECT_FALSE(otherThreadEnters());
+    for (int i = 0; i < 100; ++i)
+        std::this_thread::yield();
+    order += "owner ";
     LeaveCriticalSection(&section);
-    EXPECT_TRUE(otherThreadEnters());
+    other.join();
+    EXPECT_EQ("owner other ", order);
     DeleteCriticalSection(&section);
 }
 
-TEST(Threads, InterlockedArithmeticIsWholeAndWraps)
+TEST(Threads, ACriticalSectionKeepsThreadsApart)
 {
     constexpr int Rounds = 20000;
-    LONG volatile value = 0;
-    std::thread other([&value] {
-        for (int i = 0; i < Rounds; ++i)
-            InterlockedIncrement(&value);
-    });
-    for (int i = 0; i < Rounds; ++i)
-        InterlockedIncrement(&value);
+    CRITICAL_SECTION section;
+    InitializeCriticalSection(&section);
+    int value = 0;
+    const auto count = [&] {
+        for (int i = 0; i < Rounds; ++i) {
+            EnterCriticalSection(&section);
+            ++value;
+            LeaveCriticalSection(&section);
+        }
+    };
+    std::thread other(count);
+    count();
     other.join();
-    EXPECT_EQ(2 * Rounds, InterlockedExchange(&value, 2147483647));
-    EXPECT_EQ(-2147483647 - 1, InterlockedIncrement(&value));
-    EXPECT_EQ(2147483647, InterlockedDecrement(&value));
-    EXPECT_EQ(2147483647, InterlockedExchangeAdd(&value, -2147483640));
-    EXPECT_EQ(7, InterlockedCompareExchange(&value, 9, 8));
-    EXPECT_EQ(7, InterlockedCompareExchange(&value, 9, 7));
-    EXPECT_EQ(9, value);
+    EXPECT_EQ(2 * Rounds, value);
+    DeleteCriticalSection(&section);
 }
 
 TEST(Threads, TheSystemTimeIsACalendarDate)

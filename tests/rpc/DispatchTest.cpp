@@ -1,6 +1,6 @@
 #include "KesraNTC/KesraNTC.h"
 #include "KesraNTC/rpc/CNTStub_Quiet.h"
-#include "KesraNTC/rpc/MessageTable.h"
+#include "KesraNTC/rpc/private/MessageTable.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,5 @@
 #include "KesraNTC/KesraNTC.h"
-#include "KesraNTC/rpc/ReplyTimeLimit.h"
-#include "KesraNTC/rpc/RequestFields.h"
+#include "KesraNTC/rpc/private/RequestFields.h"
 
 #include <gtest/gtest.h>
 
@@ -171,18 +170,40 @@ TEST(RequestBytes, AListThatGrowsKeepsWhatNoReplyBrings)
 
 TEST(RequestBytes, AMissingReplyIsAnErrorAndLeavesNothingBehind)
 {
-    Kesra::ReplyTimeLimit = 10;
     RecordingProxy proxy;
+    proxy.SetReplyTimeLimit(10);
     std::vector<TItem> items(2);
     std::vector<TSkill> skills(1);
     unsigned long result = 0;
     EXPECT_EQ(proxy.CS_TryOnSession(1, 2, items, skills, result), GS_REPLY_ERROR);
-    Kesra::ReplyTimeLimit = 20000;
     EXPECT_EQ(result, 3U);
     EXPECT_EQ(items.size(), 2U);
     EXPECT_EQ(proxy.Errors, 1);
     EXPECT_EQ(proxy.GetPendingCount(), 0);
     EXPECT_FALSE(proxy.DeliverReply(1, proxy.Sent)) << "a late reply finds nothing";
+}
+
+TEST(RequestBytes, ASerialThatStillWaitsIsPassedOver)
+{
+    RecordingProxy proxy;
+    std::vector<std::unique_ptr<CNestedReply>> waiting;
+    const auto registerOne = [&] { waiting.emplace_back(proxy.PreNestedRequestReply()); };
+    for (int i = 0; i < CNTProxy::LastSerial; ++i)
+        registerOne();
+    EXPECT_EQ(waiting.back()->Serial, 10000);
+    registerOne();
+    EXPECT_EQ(waiting.back(), nullptr) << "all of them wait";
+    EXPECT_EQ(proxy.GetPendingCount(), 10000);
+    unsigned long result = 77;
+    EXPECT_EQ(proxy.CS_CancelDeleteAvatar(1, result), GS_REPLY_ERROR);
+    EXPECT_EQ(result, 77U) << "as when there is no memory for it";
+    for (const short answered : {short{3}, short{5}, short{4}})
+        EXPECT_TRUE(proxy.DeliverReply(answered, proxy.Sent));
+    for (const short free : {short{3}, short{4}, short{5}}) {
+        registerOne();
+        ASSERT_NE(waiting.back(), nullptr);
+        EXPECT_EQ(waiting.back()->Serial, free);
+    }
 }
 
 /// The builder that writes all fields at once must give the bytes that the operators give.

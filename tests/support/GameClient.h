@@ -1,7 +1,7 @@
 #pragma once
 
 #include "KesraNTC/KesraNTC.h"
-#include "KesraNTC/platform/EventHandle.h"
+#include "KesraNTC/platform/private/EventHandle.h"
 #include "KesraNTC/rpc/CNTStub_Quiet.h"
 #include "tests/support/Peer.h"
 
@@ -64,10 +64,14 @@ public:
         peer.Accept();
         return true;
     }
-    /// Connects and waits until the first read is under way: from there on an end is told.
-    bool ConnectAndReceive(Peer& peer);
     /// The connection has ended and the receive thread with it.
-    void WaitForEnd() { ASSERT_TRUE(WaitForReceiveThread(INFINITE)); }
+    void WaitForEnd() { ASSERT_TRUE(WaitForReceiveThread(60000)) << "the receive thread has not ended"; }
+    /// Waits until so many bytes more fit into the outbox as it is set by itself.
+    void WaitForRoom(std::size_t bytes)
+    {
+        while (GetUnsentBytes() + bytes > 1024 * 1024)
+            std::this_thread::yield();
+    }
     /// Waits until so many bytes have been taken in.
     void WaitForBytes(std::size_t bytes)
     {
@@ -88,19 +92,6 @@ inline CNTPacket Chat(const std::string& text)
     packet << static_cast<unsigned short>(Kesra::SC_CHAT) << static_cast<unsigned short>(0)
            << static_cast<short>(1) << text;
     return packet;
-}
-
-inline bool GameClient::ConnectAndReceive(Peer& peer)
-{
-    if (!ConnectTo(peer))
-        return false;
-    const CNTPacket greeting = Chat("greeting");
-    peer.Send(BytesOf(greeting));
-    WaitForBytes(greeting.GetBufSize());
-    InitRecvBytes();
-    ProcessQueuedMessageFromServer();
-    Stub.Lines.clear();
-    return true;
 }
 
 /// The answer to a waiting request that brings nothing but its result.

@@ -17,6 +17,7 @@ public:
     explicit Peer(asio::socket_base::receive_buffer_size little) : Peer() { Acceptor.set_option(little); }
 
     unsigned short Port() const { return Acceptor.local_endpoint().port(); }
+    int Descriptor() { return static_cast<int>(Socket.native_handle()); }
     void Accept()
     {
         Socket = asio::ip::tcp::socket(Context);

@@ -2,8 +2,8 @@
 
 #include "PlayingClient.h"
 
-#include "server/RequestTable.h"
-#include "server/ResultCodes.h"
+#include "server/messages/ResultCodes.h"
+#include "server/peer/RequestTable.h"
 
 #include <gtest/gtest.h>
 

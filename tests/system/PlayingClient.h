@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -44,9 +46,13 @@ public:
         Requests.CS_EnterSession();
     }
 
+    /// Plays frames until something has happened; throws when that takes a minute.
     template <class Condition> void PlayUntil(Condition condition)
     {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
         while (!condition()) {
+            if (std::chrono::steady_clock::now() > limit)
+                throw std::runtime_error("waited for something that did not happen");
             ProcessQueuedMessageFromServer();
             std::this_thread::yield();
         }

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
-/// A bare TCP connection to the server: sends any bytes and reads packets without understanding them. Reads
-/// block; the time limit of the test program guards them.
+/// A bare TCP connection to the server: sends any bytes and reads packets without understanding them. What
+/// waits longer than a minute throws.
 class RawPeer
 {
 public:
@@ -19,13 +20,17 @@ public:
     bool Send(const unsigned char* bytes, std::size_t size);
     /// One packet, header included; empty when the connection has ended instead.
     Bytes ReadPacket();
-    /// Everything up to the end of the connection.
+    /// Everything that arrives up to the end of the connection.
     Bytes ReadToEnd();
     /// Sends no more but goes on reading.
     void ShutdownSend();
     void Close();
     /// Closes so that the server sees a reset.
     void Reset();
+    /// The port on its own side, by which the server's log knows it.
+    unsigned short Port() const;
+    /// The system's socket.
+    std::intptr_t Handle() const;
 
 private:
     struct Implementation;

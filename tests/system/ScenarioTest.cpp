@@ -2,8 +2,8 @@
 
 #include "PlayingClient.h"
 
-#include "server/Notifications.h"
-#include "server/Texts.h"
+#include "server/messages/Notifications.h"
+#include "server/messages/Texts.h"
 #include "tests/conformance/Fields.h"
 #include "tests/conformance/WatchingStub.h"
 
@@ -206,68 +206,89 @@ TEST_F(Scenario, EveryMessageHasItsNameAndNumber)
 /// A line, and what is said against it.
 constexpr Spoken Refusals[] = {
     // messages
-    {"all SC_Nothing", "no message of this name or number: SC_Nothing"},
-    {"all 12001 0", "no message of this name or number: 12001"},
-    {"all sc_chat 0 \"a\"", "no message of this name or number: sc_chat"},
-    {"all", "no message of this name or number: "},
-    {"\"Mina SC_Chat 0", "the name has no second quote: Mina SC_Chat 0"},
+    {"all SC_Nothing", "expected a message's handler or number such as SC_Chat or 12002, found SC_Nothing"},
+    {"all 12001 0", "expected a message's handler or number such as SC_Chat or 12002, found 12001"},
+    {"all sc_chat 0 \"a\"", "expected a message's handler or number such as SC_Chat or 12002, found sc_chat"},
+    {"all", "expected a message's handler or number such as SC_Chat or 12002, found the end of the line"},
+    {"\"Mina SC_Chat 0", "expected \" at the end of the name, found the end of the line"},
     // too few and too many values
-    {"all SC_Chat", "expected a number at the end of the line"},
-    {"all SC_Chat 0", "expected \" at the end of the line"},
-    {"all SC_Chat 0 \"a\" 1", "more than the message holds: 1"},
-    {"all SC_Event29002 0", "more than the message holds: 0"},
-    {"all SC_World14012", "expected [ at the end of the line"},
+    {"all SC_Chat",
+     "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found the end of the line"},
+    {"all SC_Chat 0",
+     "SC_Chat, value 2: expected a \"text\" of at most 200 bytes, found the end of the line"},
+    {"all SC_Chat 0 \"a\" 1", "SC_Chat: expected the end of the line behind 2 values, found 1"},
+    {"all SC_Event29002 0", "SC_Event29002: expected the end of the line behind 0 values, found 0"},
+    {"all SC_World14012", "SC_World14012, value 1: expected a list in [ ], found the end of the line"},
     // other forms of value
-    {"all SC_Chat \"a\" 0", "expected a number before: \"a\" 0"},
-    {"all SC_Chat 0 a", "expected \" before: a"},
-    {"all SC_World14012 1 2", "expected [ before: 1 2"},
-    {"all SC_Event16013 1 2", "expected ( before: 1 2"},
+    {"all SC_Chat \"a\" 0",
+     "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found \"a\" 0"},
+    {"all SC_Chat 0 a", "SC_Chat, value 2: expected a \"text\" of at most 200 bytes, found a"},
+    {"all SC_World14012 1 2", "SC_World14012, value 1: expected a list in [ ], found 1 2"},
+    {"all SC_Event16013 1 2", "SC_Event16013, value 1: expected a record (x z), found 1 2"},
     // texts and lists without end
-    {"all SC_Chat 0 \"a", "expected \" at the end of the line"},
-    {R"(all SC_Chat 0 "a\")", "expected \" at the end of the line"},
-    {R"(all SC_Chat 0 "a\)", "expected \" at the end of the line"},
-    {"all SC_World14012 [1 2", "expected ] at the end of the line"},
-    {"all SC_World14012 [1 2)", "expected a number before: )"},
-    {"all SC_NpcList [()", "expected ] at the end of the line"},
-    {"all SC_Event16013 (1 2", "expected ) at the end of the line"},
-    {"all SC_Event16013 (1 2 3)", "expected ) before: 3)"},
-    {"all SC_Event16013 (1)", "expected a number before: )"},
-    {"all SC_GM_Give_Item (1 2 3 4 5)", "expected a number before: )"},
+    {"all SC_Chat 0 \"a", "SC_Chat, value 2: expected \" at the end of the text, found the end of the line"},
+    {R"(all SC_Chat 0 "a\")",
+     "SC_Chat, value 2: expected \" at the end of the text, found the end of the line"},
+    {R"(all SC_Chat 0 "a\)",
+     "SC_Chat, value 2: expected \" at the end of the text, found the end of the line"},
+    {"all SC_World14012 [1 2",
+     "SC_World14012, value 1: expected ] at the end of the list, found the end of the line"},
+    {"all SC_World14012 [1 2)",
+     "SC_World14012, value 1, element 3: expected a number from -32768 to 32767 or @name, found )"},
+    {"all SC_NpcList [()",
+     "SC_NpcList, value 1: expected ] at the end of the list, found the end of the line"},
+    {"all SC_Event16013 (1 2",
+     "SC_Event16013, value 1: expected ) behind the last field, found the end of the line"},
+    {"all SC_Event16013 (1 2 3)", "SC_Event16013, value 1: expected ) behind the last field, found 3)"},
+    {"all SC_Event16013 (1)", "SC_Event16013, value 1, z: expected a number such as 1.5, found )"},
+    {"all SC_GM_Give_Item (1 2 3 4 5)", "SC_GM_Give_Item, value 1, ItemCount: expected a number from "
+                                        "-2147483648 to 4294967295 or @name, found )"},
     // numbers that the field does not hold
-    {"all SC_Chat 32768 \"a\"", "no number of this field: 32768"},
-    {"all SC_Chat -32769 \"a\"", "no number of this field: -32769"},
-    {"all SC_Wisper_Chat 4294967296 \"a\"", "no number of this field: 4294967296"},
-    {"all SC_Wisper_Chat -2147483649 \"a\"", "no number of this field: -2147483649"},
-    {"all SC_Wisper_Chat 99999999999999999999 \"a\"", "no number of this field: 99999999999999999999"},
-    {"all SC_AvatarMove 1 (1 2 3 4) 65536 9", "no number of this field: 65536"},
-    {"all SC_AvatarMove 1 (1 2 3 4) -1 9", "no number of this field: -1"},
-    {"all SC_Event12006 1 2 128", "no number of this field: 128"},
-    {"all SC_GM_Transparent 5 2", "no number of this field: 2"},
-    {"all SC_Event16013 (1e39 2)", "no number of this field: 1e39"},
-    {"all SC_Event16013 (1 nan)", "no number of this field: nan"},
-    {"all SC_PrivData (1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 5 0 0 0 0)", "no number of this field: 5"},
-    {"all SC_PrivData (1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 4 0 0 0 99)", "no number of this field: 99"},
+    {"all SC_Chat 32768 \"a\"",
+     "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found 32768"},
+    {"all SC_Chat -32769 \"a\"",
+     "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found -32769"},
+    {"all SC_Wisper_Chat 4294967296 \"a\"",
+     "SC_Wisper_Chat, value 1: expected a number from -2147483648 to 4294967295 or @name, found 4294967296"},
+    {"all SC_Wisper_Chat -2147483649 \"a\"",
+     "SC_Wisper_Chat, value 1: expected a number from -2147483648 to 4294967295 or @name, found -2147483649"},
+    {"all SC_Wisper_Chat 99999999999999999999 \"a\"",
+     "SC_Wisper_Chat, value 1: expected a number from -2147483648 to 4294967295 or @name, found "
+     "99999999999999999999"},
+    {"all SC_AvatarMove 1 (1 2 3 4) 65536 9",
+     "SC_AvatarMove, value 3: expected a number from 0 to 65535 or @name, found 65536"},
+    {"all SC_AvatarMove 1 (1 2 3 4) -1 9",
+     "SC_AvatarMove, value 3: expected a number from 0 to 65535 or @name, found -1"},
+    {"all SC_Event12006 1 2 128", "SC_Event12006, value 3: expected a number from -128 to 127, found 128"},
+    {"all SC_GM_Transparent 5 2", "SC_GM_Transparent, value 2: expected a number from 0 to 1, found 2"},
+    {"all SC_Event16013 (1e39 2)", "SC_Event16013, value 1, x: expected a number such as 1.5, found 1e39"},
+    {"all SC_Event16013 (1 nan)", "SC_Event16013, value 1, z: expected a number such as 1.5, found nan"},
+    {"all SC_PrivData (1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 5 0 0 0 0)",
+     "SC_PrivData, value 1, MaxInventorySlot: expected a number up to 4, found 5"},
+    {"all SC_PrivData (1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 4 0 0 0 99)",
+     "SC_PrivData, value 1, SelectSkillIndex4: expected 0 or a number from 100 to 1000, found 99"},
     // what is no number
-    {"all SC_Chat 1.5 \"a\"", "no number of this field: 1.5"},
-    {"all SC_Chat 0x \"a\"", "no number of this field: 0x"},
-    {"all SC_Chat - \"a\"", "no number of this field: -"},
-    {"all SC_Chat +-1 \"a\"", "no number of this field: +-1"},
-    {"all SC_Chat 1a \"a\"", "no number of this field: 1a"},
-    {"all SC_Event16013 (1,5 2)", "no number of this field: 1,5"},
+    {"all SC_Chat 1.5 \"a\"", "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found 1.5"},
+    {"all SC_Chat 0x \"a\"", "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found 0x"},
+    {"all SC_Chat - \"a\"", "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found -"},
+    {"all SC_Chat +-1 \"a\"", "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found +-1"},
+    {"all SC_Chat 1a \"a\"", "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found 1a"},
+    {"all SC_Event16013 (1,5 2)", "SC_Event16013, value 1, x: expected a number such as 1.5, found 1,5"},
     // object IDs
-    {"all SC_Chat @ \"a\"", "expected a name behind @"},
-    {"all SC_Event12006 1 2 @me", "no object ID fits this field: @me"},
-    {"all SC_GM_Transparent 5 @me", "no object ID fits this field: @me"},
+    {"all SC_Chat @ \"a\"", "SC_Chat, value 1: expected a number from -32768 to 32767 or @name, found @"},
+    {"all SC_Event12006 1 2 @me", "SC_Event12006, value 3: expected a number from -128 to 127, found @me"},
+    {"all SC_GM_Transparent 5 @me", "SC_GM_Transparent, value 2: expected a number from 0 to 1, found @me"},
     // texts that are too long
     {"all SC_Wisper_Chat_Wide 1 \"가나다라마바사아자차카\" \"\"",
-     "the text is longer than 20 bytes: 가나다라마바사아자차카"},
+     "SC_Wisper_Chat_Wide, value 2: expected a \"text\" of at most 20 bytes, found 22 bytes: "
+     "가나다라마바사아자차카"},
     // waiting
-    {"wait", "expected a number at the end of the line"},
-    {"wait soon", "no number of this field: soon"},
-    {"wait -1", "no waiting time"},
-    {"wait 3600001", "no waiting time"},
-    {"wait @me", "no waiting time"},
-    {"wait 1 2", "more than the message holds: 2"},
+    {"wait", "wait: expected a number from 0 to 3600000, found the end of the line"},
+    {"wait soon", "wait: expected a number from 0 to 3600000, found soon"},
+    {"wait -1", "wait: expected a number from 0 to 3600000, found -1"},
+    {"wait 3600001", "wait: expected a number from 0 to 3600000, found 3600001"},
+    {"wait @me", "wait: expected a number from 0 to 3600000, found @me"},
+    {"wait 1 2", "wait: expected the end of the line behind 1 value, found 2"},
 };
 
 TEST_F(Scenario, ARefusalNamesLineAndReason)
@@ -302,11 +323,16 @@ TEST_F(Scenario, AMessageFillsAPacketAtMost)
         return "all SC_Chat 0 \"" + std::string(static_cast<std::size_t>(length), 'x') + '"';
     };
     const auto npcs = [](int count) { return "all SC_NpcList [" + Repeated("()", count) + "]"; };
-    EXPECT_EQ(Refusal(sessions(2046)), "line 1: the message is longer than a packet: 4098 bytes");
-    EXPECT_EQ(Refusal(avatar(1015)), "line 1: the message is longer than a packet: 4099 bytes");
-    EXPECT_EQ(Refusal(avatar(3000)), "line 1: the message is longer than a packet: 12039 bytes");
-    EXPECT_EQ(Refusal(text(201)), "line 1: the text is longer than 200 bytes: " + std::string(201, 'x'));
-    EXPECT_EQ(Refusal(npcs(32768)), "line 1: the list is longer than 32767 elements");
+    const std::string fits = ": expected at most 4096 bytes, found ";
+    EXPECT_EQ(Refusal(sessions(2046)), "line 1: SC_World14012" + fits + "4098");
+    EXPECT_EQ(Refusal(avatar(1015)), "line 1: SC_Avatar" + fits + "4099");
+    EXPECT_EQ(Refusal(avatar(3000)), "line 1: SC_Avatar" + fits + "12039");
+    EXPECT_EQ(Refusal(text(201)),
+              "line 1: SC_Chat, value 2: expected a \"text\" of at most 200 bytes, found 201 bytes: " +
+                  std::string(49, 'x') + "...");
+    EXPECT_EQ(Refusal(npcs(32768)),
+              "line 1: SC_NpcList, value 1: expected ] behind 32767 elements, the longest "
+              "list, found ()]");
 
     Play(sessions(2045) + '\n' + avatar(1014) + '\n' + text(200) + '\n' + npcs(32767));
     EXPECT_EQ(Client.Next(), "14012 2045" + Repeated(" 7", 2045));
@@ -377,8 +403,102 @@ TEST_F(Scenario, ReachesWhomItNames)
     for (const char* missing :
          {"8: nobody is called nobody", "9: nobody is called ", "10: nobody is called somebody"}) {
         const std::vector<std::string> log = Server.GetLog();
-        EXPECT_EQ(std::count(log.begin(), log.end(), std::string("scenario line ") + missing), 1) << missing;
+        // The time stands in front.
+        const auto isMissing = [&](const std::string& line) {
+            return line.substr(line.find(' ') + 1) == std::string("scenario line ") + missing;
+        };
+        EXPECT_EQ(std::count_if(log.begin(), log.end(), isMissing), 1) << missing;
     }
+}
+
+TEST_F(Scenario, ItsNameStandsInFrontOfWhatIsWrong)
+{
+    const auto refusal = [this](const std::string& text) {
+        try {
+            Server.LoadScenario(text, "gates.txt");
+        } catch (const std::runtime_error& error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    EXPECT_EQ(refusal("\nall SC_GSList [(1 2) (3 x)]"),
+              "gates.txt:2: SC_GSList, value 1, element 2, Value2: expected a number from -32768 to 32767 or "
+              "@name, found x");
+    EXPECT_EQ(refusal("nobody SC_Event29002\nall SC_Event12008 1"), "");
+    Server.StartScenario();
+    EXPECT_EQ(Client.Next(), "12008 1");
+    const std::vector<std::string> log = Server.GetLog();
+    EXPECT_NE(log.back().find("scenario gates.txt:1: nobody is called nobody"), std::string::npos)
+        << log.back();
+}
+
+ServerOptions Playing(bool starts, bool loops)
+{
+    ServerOptions options;
+    options.ClockInterval = std::chrono::milliseconds(0);
+    options.StartsScenario = starts;
+    options.LoopsScenario = loops;
+    return options;
+}
+
+/// Skips what play brings.
+void ExpectSoon(Listener& listener, const std::string& message)
+{
+    while (listener.Next() != message) {
+    }
+}
+
+TEST(ScenarioStart, TheFirstPlayerStartsItAndNoOther)
+{
+    GameServer server(Playing(true, false));
+    server.LoadScenario("me SC_World14011 @me\nall SC_Chat 0 \"started\"");
+    Listener anna(server);
+    Listener bora(server);
+    ASSERT_NO_FATAL_FAILURE(anna.Enter("anna"));
+    ExpectSoon(anna, "14011 1");
+    anna.SkipTo("started");
+    ASSERT_NO_FATAL_FAILURE(bora.Enter("bora"));
+    ASSERT_TRUE(server.WaitForReceived(CS_ENTER_SESSION, 2));
+    server.PushAll(Notification<SC_CHAT>(short{0}, "after bora"));
+    for (std::string line = anna.Next(); line != "12002 0 \"after bora\""; line = anna.Next())
+        EXPECT_NE(line, "12002 0 \"started\"");
+    // When everybody has left, the next one is the first again.
+    anna.Requests.CS_LeaveSession();
+    bora.Requests.CS_LeaveSession();
+    ASSERT_TRUE(server.WaitForReceived(CS_LEAVE_SESSION, 2));
+    bora.Requests.CS_EnterSession();
+    ExpectSoon(bora, "14011 2");
+}
+
+TEST(ScenarioStart, ALoopGoesOnWhileAnybodyPlays)
+{
+    GameServer server(Playing(true, true));
+    EXPECT_THROW(server.LoadScenario("wait 0\nall SC_Event12008 1"), std::runtime_error)
+        << "would never let go of the server";
+    server.LoadScenario("me SC_World14011 @me\nwait 1\nme SC_Event12008 5\nwait 1");
+    Listener anna(server);
+    ASSERT_NO_FATAL_FAILURE(anna.Enter("anna"));
+    for (int round = 0; round < 3; ++round) {
+        ExpectSoon(anna, "14011 1");
+        ExpectSoon(anna, "12008 5");
+    }
+}
+
+TEST(ScenarioStart, ALoopThatStillRunsIsNotStartedTwice)
+{
+    GameServer server(Playing(true, true));
+    server.LoadScenario("me SC_World14011 @me\nwait 3600000");
+    Listener anna(server);
+    Listener bora(server);
+    ASSERT_NO_FATAL_FAILURE(anna.Enter("anna"));
+    ExpectSoon(anna, "14011 1");
+    anna.Requests.CS_LeaveSession();
+    ExpectSoon(anna, "29002");
+    ASSERT_NO_FATAL_FAILURE(bora.Enter("bora"));
+    ASSERT_TRUE(server.WaitForReceived(CS_ENTER_SESSION, 2));
+    server.PushAll(Notification<SC_CHAT>(short{0}, "after bora"));
+    for (std::string line = bora.Next(); line != "12002 0 \"after bora\""; line = bora.Next())
+        EXPECT_NE(line, "14011 2");
 }
 
 } // namespace

@@ -1,110 +1,17 @@
 // What only bare sockets can show of the server: malformed, fragmented and broken streams.
-#include "RawPeer.h"
+#include "ServerTalk.h"
 
-#include "server/GameServer.h"
-#include "server/Network.h"
-#include "server/RequestTable.h"
-#include "server/Writers.h"
+#include "server/peer/RequestTable.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <atomic>
+#include <list>
 #include <random>
+#include <thread>
 
 using namespace Kesra;
-
-namespace
-{
-
-using Bytes = RawPeer::Bytes;
-
-Bytes BytesOf(const CNTPacket& packet)
-{
-    return {packet.GetBuf(), packet.GetBuf() + packet.GetBufSize()};
-}
-
-template <class... Fields> Bytes Request(MessageNumber number, const Fields&... fields)
-{
-    return BytesOf(MessageOf(number, fields...));
-}
-
-Bytes Header(unsigned short number, unsigned short size)
-{
-    Bytes bytes(4);
-    std::memcpy(bytes.data(), &number, 2);
-    std::memcpy(bytes.data() + 2, &size, 2);
-    return bytes;
-}
-
-unsigned short NumberOf(const Bytes& packet)
-{
-    unsigned short number = 0;
-    if (packet.size() >= sizeof number)
-        std::memcpy(&number, packet.data(), sizeof number);
-    return number;
-}
-
-/// A packet ready for reading its payload.
-CNTPacket PayloadOf(const Bytes& bytes)
-{
-    CNTPacket packet;
-    packet.Write(bytes.data(), static_cast<unsigned short>(bytes.size()));
-    packet.SetBufPoint(CNTPacket::HeaderSize);
-    return packet;
-}
-
-constexpr unsigned short Serial = 7;
-
-Bytes LogonRequest(const char* account = "mina")
-{
-    return Request(CS_LOGON, Serial, account, "secret");
-}
-
-/// The result code of a reply that holds a serial and nothing else before it.
-unsigned long ResultOf(const Bytes& bytes)
-{
-    CNTPacket packet = PayloadOf(bytes);
-    unsigned short serial = 0;
-    unsigned long result = 0;
-    packet >> serial >> result;
-    EXPECT_EQ(serial, Serial);
-    return result;
-}
-
-/// Skips pushed messages up to the next one of that number; empty when the connection ends first.
-Bytes ReadUntil(RawPeer& peer, unsigned short number)
-{
-    Bytes packet = peer.ReadPacket();
-    while (!packet.empty() && NumberOf(packet) != number)
-        packet = peer.ReadPacket();
-    return packet;
-}
-
-void LogonAndPlay(RawPeer& peer, const char* account, const char* nickname)
-{
-    peer.Send(LogonRequest(account));
-    peer.Send(Request(CS_CREATE_AVATAR, Serial, short{0}, nickname, short{1}));
-    peer.Send(Request(CS_TRY_ON_SESSION, Serial, short{0}, short{1}));
-    peer.Send(Request(CS_ENTER_SESSION));
-    ASSERT_FALSE(ReadUntil(peer, SC_WORLD_OBJECT_LISTS).empty());
-}
-
-/// The server still serves: a fresh connection gets an answer.
-void ExpectServing(GameServer& server)
-{
-    RawPeer peer(server.GetPort());
-    peer.Send(Request(CS_DELETE_AVATAR, Serial, short{0}));
-    EXPECT_EQ(NumberOf(peer.ReadPacket()), GS_REPLY_10004);
-}
-
-ServerOptions QuietOptions()
-{
-    ServerOptions options;
-    options.ClockInterval = std::chrono::milliseconds(0);
-    return options;
-}
-
-} // namespace
+using namespace ServerTalk;
 
 TEST(ServerStream, DropsMalformedHeadersAndNobodyElse)
 {
@@ -203,16 +110,15 @@ TEST(ServerStream, IgnoresMalformedPayloads)
 
     const Bytes tooShort = Header(CS_CHAT, 4);
     Bytes tooLong = Request(CS_CHAT, "hello", 1);
-    const Bytes overlong = Request(CS_CHAT, std::string(201, 'x'));
     CNTPacket claims = MessageOf(CS_CHAT, static_cast<unsigned short>(100), short{0});
     const Bytes nan = Request(CS_AVATAR_MOVE, std::numeric_limits<float>::quiet_NaN(), 0.0F, 0.0F, 0.0F,
                               static_cast<unsigned short>(1), 1UL);
     const Bytes unknown = Request(static_cast<MessageNumber>(2001));
-    for (const Bytes& bytes : {tooShort, tooLong, overlong, BytesOf(claims), unknown})
+    for (const Bytes& bytes : {tooShort, tooLong, BytesOf(claims), unknown})
         speaker.Send(bytes);
     speaker.Send(nan);
     speaker.Send(Request(CS_CHAT, "the only line"));
-    EXPECT_TRUE(server.WaitFor([](const ServerCounters& c) { return c.Ignored == 5; }));
+    EXPECT_TRUE(server.WaitFor([](const ServerCounters& c) { return c.Ignored == 4; }));
     // The listener hears the valid line and none of the others, and sees no movement.
     Bytes packet = listener.ReadPacket();
     ASSERT_EQ(NumberOf(packet), SC_CHAT);
@@ -248,6 +154,120 @@ TEST(ServerStream, WithstandsRandomRequests)
         ASSERT_TRUE(server.WaitFor([=](const ServerCounters& c) { return c.PacketsReceived >= sent; }));
     }
     ExpectServing(server);
+}
+
+/// Whoever asks and never reads is dropped, and nobody else waits for it.
+TEST(ServerStream, DropsWhoeverNeverReads)
+{
+    GameServer server(QuietOptions());
+    RawPeer bystander(server.GetPort());
+    ExpectServed(bystander);
+    RawPeer greedy(server.GetPort());
+    ASSERT_NO_FATAL_FAILURE(LogonAndPlay(greedy, "greedy", "Greedy"));
+    Bytes questions;
+    for (int i = 0; i < 1000; ++i) {
+        const Bytes one = Request(CS_AVATAR_RELOAD);
+        questions.insert(questions.end(), one.begin(), one.end());
+    }
+    // At least eight megabytes of answers have to pile up behind what the system's buffers take.
+    for (int i = 0; i < 10'000 && server.GetCounters().Ended == 0; ++i) {
+        if (!greedy.Send(questions))
+            break;
+        ExpectServed(bystander);
+    }
+    EXPECT_TRUE(server.WaitFor([](const ServerCounters& c) { return c.Ended == 1; }));
+    EXPECT_TRUE(Logged(server, "connection 2 (127.0.0.1:" + std::to_string(greedy.Port()) +
+                                   "): the peer does not read"));
+    ExpectServed(bystander);
+}
+
+TEST(ServerStream, HalfAPacketOfManyKeepsNobodyWaiting)
+{
+    GameServer server(QuietOptions());
+    std::list<RawPeer> peers;
+    for (int i = 0; i < 200; ++i) {
+        const Bytes logon = LogonRequest("peer" + std::to_string(i));
+        peers.emplace_back(server.GetPort()).Send(logon.data(), logon.size() / 2);
+    }
+    ExpectServing(server);
+    // The other halves, one byte of each peer after the other.
+    std::vector<Bytes> rest;
+    for (int i = 0; i < 200; ++i) {
+        const Bytes logon = LogonRequest("peer" + std::to_string(i));
+        rest.emplace_back(logon.begin() + static_cast<std::ptrdiff_t>(logon.size() / 2), logon.end());
+    }
+    for (std::size_t at = 0; at < 20; ++at) {
+        auto half = rest.begin();
+        for (RawPeer& peer : peers) {
+            if (at < half->size())
+                peer.Send(half->data() + at, 1);
+            ++half;
+        }
+    }
+    for (RawPeer& peer : peers)
+        EXPECT_EQ(ResultOf(ReadUntil(peer, GS_REPLY_10002)), static_cast<unsigned long>(Result::Done));
+    EXPECT_EQ(server.GetCounters().Ended, 1U);
+}
+
+/// Peers that break off with answers and others' chatter on their way to them.
+TEST(ServerStream, ResetsInTheMiddleOfEverythingHurtNobody)
+{
+    GameServer server(QuietOptions());
+    RawPeer stays(server.GetPort());
+    ASSERT_NO_FATAL_FAILURE(LogonAndPlay(stays, "stays", "Stays"));
+    constexpr unsigned rounds = 200;
+    for (unsigned round = 0; round < rounds; ++round) {
+        RawPeer breaks(server.GetPort());
+        const std::string name = "breaks" + std::to_string(round);
+        breaks.Send(LogonRequest(name));
+        breaks.Send(Request(CS_CREATE_AVATAR, Serial, short{0}, name, short{1}));
+        breaks.Send(Request(CS_TRY_ON_SESSION, Serial, short{0}, short{1}));
+        breaks.Send(Request(CS_ENTER_SESSION));
+        for (int i = 0; i < 20; ++i)
+            breaks.Send(Request(CS_AVATAR_RELOAD));
+        stays.Send(Request(CS_CHAT, "to whom it may concern"));
+        round % 2 == 0 ? breaks.Reset() : breaks.Close();
+    }
+    ASSERT_TRUE(server.WaitFor([](const ServerCounters& c) { return c.Ended == rounds; }));
+    ExpectServed(stays);
+    // Nobody is left behind in the session.
+    RawPeer late(server.GetPort());
+    late.Send(LogonRequest("late"));
+    late.Send(Request(CS_CREATE_AVATAR, Serial, short{0}, "Late", short{1}));
+    late.Send(Request(CS_TRY_ON_SESSION, Serial, short{0}, short{1}));
+    late.Send(Request(CS_ENTER_SESSION));
+    CNTPacket list = PayloadOf(ReadUntil(late, SC_AVATAR_LIST));
+    short avatars = 0;
+    list >> avatars;
+    EXPECT_EQ(avatars, 1);
+}
+
+TEST(ServerStream, AFloodDoesNotStarveTheOthers)
+{
+    GameServer server(QuietOptions());
+    RawPeer bystander(server.GetPort());
+    ASSERT_NO_FATAL_FAILURE(LogonAndPlay(bystander, "bystander", "Bystander"));
+    std::atomic<bool> enough{false};
+    std::vector<std::thread> floods;
+    for (int i = 0; i < 3; ++i) {
+        floods.emplace_back([&server, &enough] {
+            RawPeer peer(server.GetPort());
+            Bytes junk;
+            for (int packet = 0; packet < 2000; ++packet) {
+                const Bytes one = Request(static_cast<MessageNumber>(2001), packet);
+                junk.insert(junk.end(), one.begin(), one.end());
+            }
+            while (!enough && peer.Send(junk)) {
+            }
+        });
+    }
+    EXPECT_TRUE(server.WaitFor([](const ServerCounters& c) { return c.Ignored > 10'000; }));
+    for (int i = 0; i < 20; ++i)
+        ExpectServed(bystander);
+    enough = true;
+    for (std::thread& flood : floods)
+        flood.join();
+    EXPECT_LE(server.GetLog().size(), 1000U);
 }
 
 TEST(ServerStream, SendsTheListOfGameServersUnscrambled)

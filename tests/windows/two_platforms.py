@@ -74,7 +74,7 @@ def play(server_program, games):
             playing.append((name, game, recorder))
         results = {}
         for name, game, recorder in playing:
-            printed = game.communicate(timeout=60)[0].decode("cp949").replace("\r\n", "\n")
+            printed = game.communicate(timeout=60)[0].decode("utf-8").replace("\r\n", "\n")
             recorder.join(timeout=10)
             results[name] = (game.returncode, printed, list(packets(recorder.sent)))
         return results

@@ -268,6 +268,56 @@ TEST(WorldItem, CopyRules)
     EXPECT_EQ(0, source.GetWorldItemID() + source.GetWorldItemExp() + source.GetWorldItemOptionID());
 }
 
+/// A record of which every part has been filled, after the list that holds it has grown.
+template <class Record> std::vector<Record> Grown(void (*fill)(Record&))
+{
+    std::vector<Record> records(1);
+    FillBase(records[0]);
+    fill(records[0]);
+    records.reserve(records.capacity() + 1);
+    EXPECT_EQ((Base{3, 0xFEDCBA98, 99, 5, 7, DR_FOLLOW}), BaseOf(records[0]));
+    ExpectMoving(records[0]);
+    return records;
+}
+
+TEST(WorldObjects, StayWhatTheyAreWhenTheirListGrows)
+{
+    EXPECT_EQ(12, Grown<TAvatar>([](TAvatar& avatar) { avatar.SetAvatarIndex(12); })[0].GetAvatarIndex());
+    EXPECT_EQ(1.5F, Grown<TMonster>([](TMonster& monster) { monster.SetMonHP(1.5F); })[0].GetMonHP());
+    EXPECT_EQ(9, Grown<TNPC>([](TNPC& npc) { npc.SetNpcTemplateID(9); })[0].GetNpcTemplateID());
+    const std::vector<TWorldItem> items =
+        Grown<TWorldItem>([](TWorldItem& item) { item.SetWorldItemUUID("uuid"); });
+    EXPECT_STREQ("uuid", items[0].GetWorldItemUUID());
+}
+
+/// The base of a new record to which a filled one has been assigned that nobody needs any more.
+template <class Record> Base AssignedFromATemporary()
+{
+    Record source;
+    FillBase(source);
+    Record target;
+    target = std::move(source);
+    ExpectMoving(target);
+    return BaseOf(target);
+}
+
+TEST(WorldObjects, AssigningATemporaryTakesWhatAssigningACopyTakes)
+{
+    EXPECT_EQ((Base{3, 0xFEDCBA98, 1, 5, -1, DR_INIT}), AssignedFromATemporary<TAvatar>());
+    EXPECT_EQ((Base{0, 0xFEDCBA98, 3, 5, -1, DR_INIT}), AssignedFromATemporary<TMonster>());
+    EXPECT_EQ((Base{0, 0xFEDCBA98, 4, -1, -1, DR_INIT}), AssignedFromATemporary<TNPC>());
+    EXPECT_EQ((Base{0, 0xFEDCBA98, 2, 5, -1, DR_INIT}), AssignedFromATemporary<TWorldItem>());
+
+    // What assigning leaves out stays at its place in a list from which the first is erased.
+    std::vector<TNPC> npcs(2);
+    npcs[0].SetNpcTemplateID(1);
+    npcs[1].SetNpcTemplateID(2);
+    npcs[1].SetID(7);
+    npcs.erase(npcs.begin());
+    EXPECT_EQ(7U, npcs[0].GetID());
+    EXPECT_EQ(1, npcs[0].GetNpcTemplateID());
+}
+
 TEST(Avatar, AppearanceElementsCountFromOneAndHaveBounds)
 {
     TAvatar avatar;

@@ -5,8 +5,6 @@
 namespace
 {
 
-constexpr unsigned long EndLimit = 5000;
-
 void Count(Traffic& traffic, const CNTPacket& packet)
 {
     unsigned short number;
@@ -27,9 +25,7 @@ unsigned Traffic::Total() const
 
 GameClient::~GameClient()
 {
-    // The receive thread uses this class's own members.
-    Disconnect();
-    WaitForReceiveThread(EndLimit);
+    StopReceiving(); // first: the receive thread uses this class's own members
 }
 
 void GameClient::ProcessDisconnection()

@@ -1,3 +1,4 @@
+#include "tools/demo/LogFolder.h"
 #include "tools/demo/Story.h"
 
 #include "server/GameServer.h"
@@ -11,19 +12,23 @@ namespace
 {
 
 constexpr std::chrono::milliseconds ClockInterval{1000};
+constexpr int WrongUse = 2; // exit code
 
-/// Takes ADDRESS:PORT apart; false when it is none.
-bool SetServer(const std::string& text, StoryOptions& options)
+/// Takes ADDRESS:PORT apart; empty when it is one, otherwise what is wrong.
+std::string SetServer(const std::string& text, StoryOptions& options)
 {
-    const std::size_t colon = text.rfind(':');
-    if (colon == std::string::npos)
-        return false;
+    const std::size_t colon = std::min(text.rfind(':'), text.size());
     options.Address = text.substr(0, colon);
-    const std::string port = text.substr(colon + 1);
-    const bool number = port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
-    const unsigned long value = number ? std::strtoul(port.c_str(), nullptr, 10) : 0;
+    const std::string port = text.substr(std::min(colon + 1, text.size()));
+    const bool number =
+        !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
+    const unsigned long value = number ? std::stoul(port) : 0;
+    if (options.Address.empty() || value < 1 || value > 65535)
+        return "'" + text + "' is not ADDRESS:PORT, for example 127.0.0.1:7001";
+    if (options.Address.size() >= sizeof CNTBaseClient::ServerAddr)
+        return "the address '" + options.Address + "' is too long: the library takes at most 29 characters";
     options.Port = static_cast<unsigned short>(value);
-    return value >= 1 && value <= 65535;
+    return {};
 }
 
 std::unique_ptr<Kesra::GameServer> StartServer(StoryOptions& options)
@@ -37,6 +42,37 @@ std::unique_ptr<Kesra::GameServer> StartServer(StoryOptions& options)
     return server;
 }
 
+/// On somebody else's server the names have to be new, and so has the account unless one was given.
+void MakeNamesNew(StoryOptions& options, bool hasAccount)
+{
+    options.Suffix =
+        std::to_string(std::chrono::system_clock::now().time_since_epoch().count() % 100'000'000);
+    options.Master = hasAccount;
+    if (!hasAccount)
+        options.MasterAccount += options.Suffix;
+}
+
+int Play(StoryOptions& options, bool ownServer)
+{
+    LogFolder folder;
+    try {
+        std::unique_ptr<Kesra::GameServer> own;
+        if (ownServer)
+            own = StartServer(options);
+        std::cout << "Playing on " << (ownServer ? "a server of its own, " : "the server ") << options.Address
+                  << ":" << options.Port << std::endl;
+        Story(options).Play();
+        return 0;
+    } catch (const std::exception& error) {
+        std::cout << std::flush;
+        std::cerr << "kesra-demo: " << error.what() << '\n';
+        const std::string log = folder.Keep();
+        if (!log.empty())
+            std::cerr << "The library's log of this run is in " << log << '\n';
+        return 1;
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -46,32 +82,25 @@ int main(int argc, char** argv)
     StoryOptions options;
     options.MasterAccount = "mina";
     options.MasterPassword = "kesra";
-    app.add_option("--server", server, "ADDRESS:PORT of a running server instead of one of its own");
+    auto* given =
+        app.add_option("--server", server, "ADDRESS:PORT of a running server instead of one of its own");
     auto* account =
         app.add_option("--account", options.MasterAccount, "a game master's account on that server");
     app.add_option("--password", options.MasterPassword, "its password");
-    CLI11_PARSE(app, argc, argv);
-
     try {
-        std::unique_ptr<Kesra::GameServer> own;
-        if (server.empty()) {
-            own = StartServer(options);
-        } else if (!SetServer(server, options)) {
-            std::cerr << "kesra-demo: not an address and a port: " << server << '\n';
-            return 2;
-        } else {
-            // Names that the server has not seen yet.
-            options.Suffix =
-                std::to_string(std::chrono::system_clock::now().time_since_epoch().count() % 100'000'000);
-            options.Master = account->count() > 0;
-            if (!options.Master)
-                options.MasterAccount += options.Suffix;
-        }
-        std::cout << "Playing on " << options.Address << ":" << options.Port << std::endl;
-        Story story(options);
-        return story.Play() ? 0 : 1;
-    } catch (const std::exception& error) {
-        std::cerr << "kesra-demo: " << error.what() << '\n';
-        return 1;
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : WrongUse;
     }
+
+    const bool ownServer = given->count() == 0;
+    if (!ownServer) {
+        const std::string wrong = SetServer(server, options);
+        if (!wrong.empty()) {
+            std::cerr << "kesra-demo: " << wrong << '\n';
+            return WrongUse;
+        }
+        MakeNamesNew(options, account->count() > 0);
+    }
+    return Play(options, ownServer);
 }

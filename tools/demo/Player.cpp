@@ -1,21 +1,8 @@
 #include "tools/demo/Player.h"
 
-#include "server/Texts.h"
+#include "server/messages/Texts.h"
 
 #include <algorithm>
-#include <cmath>
-
-namespace
-{
-
-/// Where a heading leads: 0 degrees is +z, 90 is +x.
-CNTVector DirectionOf(float heading)
-{
-    const float radians = heading * 3.14159265F / 180.0F;
-    return CNTVector(std::sin(radians), 0.0F, std::cos(radians));
-}
-
-} // namespace
 
 Player::Player(Narrator& narrator, const std::string& name) : Name(name), Book(narrator) {}
 
@@ -56,7 +43,7 @@ void Player::Frame(float seconds)
 
 void Player::Walk(float heading, float speed)
 {
-    CNTVector direction = DirectionOf(heading);
+    CNTVector direction = CDRVector::DirectionOf(heading);
     Own.SetVel(direction);
     Own.SetAY(heading);
     Own.SetSpeed(speed);
@@ -87,6 +74,43 @@ TItem* Player::FindItem(long kind)
     return found == Items.end() ? nullptr : &*found;
 }
 
+CNTVector Player::ShownPlace(const Player& other)
+{
+    const auto found = Avatars.find(other.ID);
+    return found == Avatars.end() ? CNTVector() : found->second.GetDRVector()->GetPos();
+}
+
+void Player::Put(const TItem& item)
+{
+    TakeAway(item.GetItemIndex());
+    Items.push_back(item);
+}
+
+TItem* Player::ItemAt(short index)
+{
+    const auto found = std::find_if(Items.begin(), Items.end(),
+                                    [=](const TItem& item) { return item.GetItemIndex() == index; });
+    return found == Items.end() ? nullptr : &*found;
+}
+
+TItem Player::TakeAway(short index)
+{
+    TItem* item = ItemAt(index);
+    if (item == nullptr)
+        return TItem();
+    const TItem gone = *item;
+    Items.erase(Items.begin() + (item - Items.data()));
+    return gone;
+}
+
+void Player::SetCount(short index, long count)
+{
+    if (count == 0)
+        TakeAway(index);
+    else if (TItem* item = ItemAt(index))
+        item->SetItemCount(count);
+}
+
 void Player::Note(std::function<void()> event)
 {
     const std::lock_guard lock(Mutex);
@@ -97,40 +121,25 @@ std::string Player::NameOf(unsigned long id)
 {
     if (id == ID)
         return Name;
+    if (Monsters.count(id) != 0)
+        return Words("monster ", id);
     const auto found = Avatars.find(id);
     return found == Avatars.end() ? Words("object ", id)
                                   : Kesra::Utf8Text(static_cast<const char*>(found->second.GetNickname()));
 }
 
-/// Remembers another avatar; what is shown of it starts where it is.
-void Player::Meet(TAvatar avatar)
+void Player::Meet(const TAvatar& avatar)
 {
-    const auto known = Avatars.find(avatar.GetID());
-    const bool fresh = known == Avatars.end();
-    if (!fresh) {
-        known->second.SetNickname(avatar.GetNickname());
-        known->second.SetTransparentFlag(avatar.IsTransparent());
-        return;
-    }
-    CDRVector& movement = *Avatars.emplace(avatar.GetID(), avatar).first->second.GetDRVector();
-    CNTVector position = movement.GetPos();
-    CNTVector direction = DirectionOf(movement.GetAY());
-    float standing = 0;
-    float heading = movement.GetAY();
-    movement.SetTarget(position, direction, standing, heading);
-    movement.SetFollower(position, direction, standing, heading);
-    movement.SetDRState(DR_FOLLOW);
+    TAvatar& kept = Avatars[avatar.GetID()];
+    kept = avatar;
+    kept.InitDRVector();
 }
 
 void Player::SC_AvatarMove(short& who, CDRVector& movement, unsigned short&, unsigned long&)
 {
     Note([this, who, movement] {
         const auto found = Avatars.find(static_cast<unsigned long>(who));
-        if (found == Avatars.end())
-            return;
-        CNTVector position = movement.GetPos();
-        CNTVector direction = DirectionOf(movement.GetAY());
-        found->second.GetDRVector()->SetTarget(position, direction, movement.GetSpeed(), movement.GetAY());
-        found->second.SetDRVectorState(DR_NEWTARGET);
+        if (found != Avatars.end())
+            found->second.SetDRVectorReport(movement);
     });
 }

@@ -22,7 +22,7 @@ public:
     Player(Narrator& narrator, const std::string& name);
 
     bool Connect(const std::string& address, unsigned short port);
-    /// One frame of the game: takes in what has arrived and moves everybody.
+    /// One frame of the game: takes in what has arrived and moves everybody by so many seconds.
     void Frame(float seconds);
 
     /// Starts walking in a direction (degrees, 0 is +z, 90 is +x), or stops with speed 0.
@@ -34,6 +34,8 @@ public:
     bool Take(unsigned short number);
 
     TItem* FindItem(long kind);
+    /// Where this player shows another one.
+    CNTVector ShownPlace(const Player& other);
 
     // The handlers of what the story tells.
     void SC_GSList(std::vector<sGS>& servers) override;
@@ -41,6 +43,7 @@ public:
     void SC_Event29002() override;
     void SC_AvatarList(std::vector<TAvatar>& avatars) override;
     void SC_Avatar(TAvatar& avatar) override;
+    void SC_Monster(TMonster& monster) override;
     void SC_WorldObjectLists(std::vector<TWorldItem>& items, std::vector<TMonster>& monsters,
                              std::vector<TNPC>& npcs) override;
     void SC_World14011(long& id) override;
@@ -125,13 +128,21 @@ public:
     std::map<unsigned long, TAvatar> Avatars; ///< the others
     std::map<unsigned long, TMonster> Monsters;
     std::map<unsigned long, TWorldItem> Ground;
-    std::string LastHeard; ///< the last chat line or whisper, as it came
+    std::string LastHeard;         ///< the last chat line or whisper, as it came
+    unsigned long LastRefusal = 0; ///< why the server last refused a request without a reply; 0 for never
 
 private:
     /// Notes something for the next frame; from any thread.
     void Note(std::function<void()> event);
     std::string NameOf(unsigned long id);
-    void Meet(TAvatar avatar);
+    /// Takes the record of somebody who comes into sight or is somewhere else now.
+    void Meet(const TAvatar& avatar);
+    /// Puts an item in its place, whatever was there.
+    void Put(const TItem& item);
+    TItem* ItemAt(short index);
+    /// Takes an item away; gives what it was.
+    TItem TakeAway(short index);
+    void SetCount(short index, long count);
 
     Narrator& Book;
     std::mutex Mutex;

@@ -1,27 +1,40 @@
 // What a player does with the messages of the server: remember, and say what they mean.
+#include "tools/demo/English.h"
 #include "tools/demo/Player.h"
 
-#include "server/ResultCodes.h"
-#include "server/Texts.h"
+#include "server/messages/ResultCodes.h"
+#include "server/messages/Texts.h"
+#include "server/world/Catalogue.h"
 
 namespace
 {
 
 std::string Show(const TItem& item)
 {
-    return Words(item.GetItemCount(), " x item ", item.GetItemID(), " at ", item.GetItemIndex());
+    return Words(Things(item.GetItemCount(), item.GetItemID()), " (place ", item.GetItemIndex(), ")");
 }
 
 std::string Show(TWorldItem& item)
 {
-    const CNTVector position = item.GetDRVector()->GetPos();
-    return Words("item ", item.GetWorldItemID(), " as object ", item.GetID(), " at (", position[0], ", ",
-                 position[2], ")");
+    // The count of a skill book is the skill's experience.
+    const long count = item.GetWorldItemID() > Kesra::SkillBookBase ? 1 : item.GetWorldItemCount();
+    return Words(Things(count, item.GetWorldItemID()), " (object ", item.GetID(), ") at ",
+                 Place(item.GetDRVector()->GetPos()));
 }
 
 std::string Show(const char* text)
 {
     return "\"" + Kesra::Utf8Text(text) + "\"";
+}
+
+std::string Goods(std::vector<TItem>& items, std::vector<TSkill>& skills, long gold)
+{
+    std::string goods;
+    for (const TItem& item : items)
+        goods += Things(item.GetItemCount(), item.GetItemID()) + ", ";
+    for (const TSkill& skill : skills)
+        goods += Words("skill ", skill.GetSkillID(), ", ");
+    return goods + Words(gold, " gold");
 }
 
 std::string NoticeText(char kind, const std::string& about)
@@ -48,7 +61,9 @@ std::string NoticeText(char kind, const std::string& about)
 
 void Player::SC_GSList(std::vector<sGS>& servers)
 {
-    Note([this, count = servers.size()] { Tell(Words("is told of ", count, " game server")); });
+    Note([this, count = servers.size()] {
+        Tell(Words("is told of ", Count(static_cast<long long>(count), "game server")));
+    });
 }
 
 void Player::SC_Event29001(long& ownID)
@@ -87,6 +102,14 @@ void Player::SC_Avatar(TAvatar& avatar)
     });
 }
 
+void Player::SC_Monster(TMonster& monster)
+{
+    Note([this, monster] {
+        Monsters.emplace(monster.GetID(), monster);
+        Tell("sees " + NameOf(monster.GetID()) + " come");
+    });
+}
+
 void Player::SC_WorldObjectLists(std::vector<TWorldItem>& items, std::vector<TMonster>& monsters,
                                  std::vector<TNPC>& npcs)
 {
@@ -95,8 +118,11 @@ void Player::SC_WorldObjectLists(std::vector<TWorldItem>& items, std::vector<TMo
             Monsters.emplace(monster.GetID(), monster);
         for (const TWorldItem& item : items)
             Ground.emplace(item.GetID(), item);
-        Tell(Words("sees ", items.size(), " item on the ground, ", monsters.size(), " monsters and ", npcs,
-                   " villagers"));
+        const auto count = [](std::size_t number, const char* noun) {
+            return Count(static_cast<long long>(number), noun);
+        };
+        Tell("sees " + count(items.size(), "thing") + " on the ground, " + count(monsters.size(), "monster") +
+             " and " + count(npcs, "villager"));
     });
 }
 
@@ -111,7 +137,9 @@ void Player::SC_World14011(long& id)
 
 void Player::SC_World14012(std::vector<short>& sessions)
 {
-    Note([this, count = sessions.size()] { Tell(Words("may choose among ", count, " sessions")); });
+    Note([this, count = sessions.size()] {
+        Tell(Words("may choose among ", Count(static_cast<long long>(count), "session")));
+    });
 }
 
 void Player::SC_World14013(long& id, short& zone)
@@ -125,7 +153,7 @@ void Player::SC_Event60001(short zone, CNTVector& position)
 {
     Note([this, zone, position]() mutable {
         Own.SetPos(position);
-        Tell(Words("stands in zone ", zone, " at (", position[0], ", ", position[2], ")"));
+        Tell(Words("stands in zone ", zone, " at ", Place(position)));
     });
 }
 
@@ -151,13 +179,15 @@ void Player::SC_Wisper_Chat_Wide(unsigned long&, CFixCharString<20>& name, CFixC
 {
     Note([this, name, line] {
         LastHeard = line;
-        Tell(Words("hears ", name, " whisper from afar ", Show(line)));
+        Tell("hears " + Kesra::Utf8Text(static_cast<const char*>(name)) + " whisper from afar " + Show(line));
     });
 }
 
 void Player::SC_Event18001(char& kind, CString& about)
 {
-    Note([this, kind, about = std::string(about)] { Tell("learns: " + NoticeText(kind, about)); });
+    Note([this, kind, about = Kesra::Utf8Text(static_cast<const char*>(about))] {
+        Tell("learns: " + NoticeText(kind, about));
+    });
 }
 
 // Items.
@@ -165,7 +195,7 @@ void Player::SC_Event18001(char& kind, CString& about)
 void Player::SC_PutonItem(short& who, short& place, long& item)
 {
     Note([this, who, place, item] {
-        Tell(Words("sees ", NameOf(static_cast<unsigned long>(who)), " wear item ", item, " at place ",
+        Tell(Words("sees ", NameOf(static_cast<unsigned long>(who)), " wear ", Things(1, item), " at place ",
                    place));
     });
 }
@@ -173,13 +203,13 @@ void Player::SC_PutonItem(short& who, short& place, long& item)
 void Player::SC_TakeoffItem(short& who, short& place)
 {
     Note([this, who, place] {
-        Tell(Words("sees ", NameOf(static_cast<unsigned long>(who)), " bare place ", place));
+        Tell(Words("sees ", NameOf(static_cast<unsigned long>(who)), " take off what was at place ", place));
     });
 }
 
 void Player::SC_Event16006(short& index)
 {
-    Note([this, index] { Tell(Words("has dropped what was at ", index)); });
+    Note([this, index] { Tell("has dropped " + Show(TakeAway(index))); });
 }
 
 void Player::SC_Event16007(long& gold, short& index, short& count, long& kind)
@@ -189,37 +219,43 @@ void Player::SC_Event16007(long& gold, short& index, short& count, long& kind)
         item.SetItemIndex(index);
         item.SetItemID(kind);
         item.SetItemCount(count);
-        Items.push_back(item);
+        Put(item);
         Tell(Words("has bought ", Show(item), ", ", gold, " gold left"));
     });
 }
 
 void Player::SC_Event16008(short& index, long& gold)
 {
-    Note([this, index, gold] { Tell(Words("has sold what was at ", index, ", ", gold, " gold now")); });
+    Note([this, index, gold] { Tell(Words("has sold ", Show(TakeAway(index)), ", ", gold, " gold now")); });
 }
 
 void Player::SC_Event16009(long&, TItem& item)
 {
     Note([this, item] {
-        Items.push_back(item);
-        Tell("has picked up " + Show(item));
+        Put(item);
+        Tell("has picked up a thing and carries " + Show(item) + " now");
     });
 }
 
 void Player::SC_Event16010(short& code)
 {
-    Note([this, code] { Tell(Words("is refused, code ", code)); });
+    Note([this, code = static_cast<unsigned short>(code)] {
+        LastRefusal = code;
+        Tell("is refused: " + Meaning(code));
+    });
 }
 
 void Player::SC_Event16014(short& weapon)
 {
-    Note([this, weapon] { Tell(Words("uses weapon ", weapon)); });
+    Note([this, weapon] { Tell(Words("takes weapon ", weapon, " in hand")); });
 }
 
 void Player::SC_Event16025(short& index, long& left)
 {
-    Note([this, index, left] { Tell(Words("has used one of ", index, ", ", left, " left")); });
+    Note([this, index, left] {
+        SetCount(index, left);
+        Tell(Words("has used one of the things at place ", index, ", ", left, " left"));
+    });
 }
 
 void Player::SC_Event16026(long& object, long& who)
@@ -232,19 +268,34 @@ void Player::SC_Event16026(long& object, long& who)
 
 void Player::SC_Event17003(short& from, short& to)
 {
-    Note([this, from, to] { Tell(Words("has moved an item from ", from, " to ", to)); });
+    Note([this, from, to] {
+        TItem item = TakeAway(from);
+        item.SetItemIndex(to);
+        Put(item);
+        Tell(Words("has moved ", Things(item.GetItemCount(), item.GetItemID()), " from place ", from, " to ",
+                   to));
+    });
 }
 
 void Player::SC_Event19001(short& index)
 {
-    Note([this, index] { Tell(Words("has added the jewel at ", index, " to the collection")); });
+    Note([this, index] {
+        const TItem jewel = TakeAway(index);
+        // What a jewel does is not told: every game knows its own items.
+        const Kesra::ItemKind* kind = Kesra::FindItemKind(jewel.GetItemID());
+        const float factor = kind != nullptr ? 1.0F + static_cast<float>(kind->Strength) / 100.0F : 1.0F;
+        Priv.UpdateParamByJewelry(1, 1, 1, factor, factor);
+        Tell("has added " + Show(jewel) + " to the collection");
+    });
 }
 
 void Player::SC_Event20001(TWorldItem& item, long& from)
 {
     Note([this, item, from]() mutable {
         Ground.emplace(item.GetID(), item);
-        Tell("sees " + NameOf(static_cast<unsigned long>(from)) + " drop " + Show(item));
+        const auto who = static_cast<unsigned long>(from);
+        const bool loot = who != ID && Avatars.count(who) == 0;
+        Tell("sees " + (loot ? "on the ground" : NameOf(who) + " drop") + " " + Show(item));
     });
 }
 
@@ -263,12 +314,17 @@ void Player::SC_Priv13006(long& gold)
 
 void Player::SC_Priv13008(short& index, long left)
 {
-    Note([this, index, left] { Tell(Words("has ", left, " left at ", index)); });
+    Note([this, index, left] {
+        SetCount(index, left);
+        Tell(Words("has ", left, " left at place ", index));
+    });
 }
 
 void Player::SC_Priv13010(short& index, long price)
 {
-    Note([this, index, price] { Tell(Words("has had ", index, " repaired for ", price, " gold")); });
+    Note([this, index, price] {
+        Tell(Words("has had what is at place ", index, " repaired for ", price, " gold"));
+    });
 }
 
 // Skills and statistics.
@@ -277,19 +333,19 @@ void Player::SC_Event16017(long& gold, TSkill& skill)
 {
     Note([this, gold, skill] {
         Skills.push_back(skill);
-        Tell(Words("has learnt skill ", skill.GetSkillID(), " at ", skill.GetSkillIndex(), ", ", gold,
+        Tell(Words("has learnt skill ", skill.GetSkillID(), " (place ", skill.GetSkillIndex(), "), ", gold,
                    " gold left"));
     });
 }
 
 void Player::SC_Event16018(short& index)
 {
-    Note([this, index] { Tell(Words("keeps the skill at ", index, " now")); });
+    Note([this, index] { Tell(Words("keeps the skill at place ", index, " now")); });
 }
 
 void Player::SC_Event16019(short& index)
 {
-    Note([this, index] { Tell(Words("is ready to use the skill at ", index)); });
+    Note([this, index] { Tell(Words("is ready to use the skill at place ", index)); });
 }
 
 void Player::SC_Event16022(TSkill& skill, long&)
@@ -299,7 +355,8 @@ void Player::SC_Event16022(TSkill& skill, long&)
 
 void Player::SC_Event16023(short& index, long& gold)
 {
-    Note([this, index, gold] { Tell(Words("has sold the skill at ", index, ", ", gold, " gold now")); });
+    Note(
+        [this, index, gold] { Tell(Words("has sold the skill at place ", index, ", ", gold, " gold now")); });
 }
 
 void Player::SC_PrivData(TPrivData& data)
@@ -315,15 +372,15 @@ void Player::SC_PrivData(TPrivData& data)
 void Player::SC_IncParameter(char& parameter, short& left)
 {
     Note([this, parameter = static_cast<int>(parameter), left] {
-        Tell(Words("has raised parameter ", parameter, ", ", left, " points left"));
+        Tell(Words("has raised parameter ", parameter, ", ", Count(left, "point"), " left"));
     });
 }
 
 void Player::SC_Event17002(short& attack, short& defence, short& intellect, long& hp, long& mp, long& sp)
 {
     Note([=, this] {
-        Tell(Words("divides ki ", attack, "/", defence, "/", intellect, ", maxima ", hp, " HP, ", mp, " MP, ",
-                   sp, " SP"));
+        Tell(Words("gives ki ", attack, " to attack, ", defence, " to defence, ", intellect,
+                   " to intellect and has ", hp, " HP, ", mp, " MP, ", sp, " SP at most"));
     });
 }
 
@@ -331,8 +388,8 @@ void Player::SC_Priv13004(short& level, short& points, long& experience, short&,
                           long& maxHP, long&, long&)
 {
     Note([=, this] {
-        Tell(Words("has level ", level, ", ", experience, " experience, ", points, " points, ", hp, " of ",
-                   maxHP, " HP"));
+        Tell(Words("has level ", level, ", ", experience, " experience, ", Count(points, "point"), ", ", hp,
+                   " of ", maxHP, " HP"));
     });
 }
 
@@ -349,7 +406,7 @@ void Player::SC_Event12006(long& target, short& damage, char& outcome)
     Note([this, target, damage, killed] {
         if (killed)
             Monsters.erase(static_cast<unsigned long>(target));
-        Tell(Words("sees monster ", target, " take ", damage, killed ? ", its last" : ""));
+        Tell(Words("sees monster ", target, " lose ", damage, " HP", killed ? ", its last" : ""));
     });
 }
 
@@ -371,13 +428,15 @@ void Player::SC_Event12009(long& monster)
 
 void Player::SC_Event12012(std::vector<long>& targets, std::vector<short>&, std::vector<char>&)
 {
-    Note([this, count = targets.size()] { Tell(Words("sees a blow that hits ", count, " monsters")); });
+    Note([this, count = targets.size()] {
+        Tell(Words("sees a blow that hits ", Count(static_cast<long long>(count), "monster")));
+    });
 }
 
 void Player::SC_ObjectMove(unsigned long& id, CDRVector& movement, short&, long&)
 {
     Note([this, id, position = movement.GetPos()] {
-        Tell(Words("sees monster ", id, " come to (", position[0], ", ", position[2], ")"));
+        Tell(Words("sees monster ", id, " come to ", Place(position)));
     });
 }
 
@@ -386,7 +445,7 @@ void Player::SC_ObjectMove(unsigned long& id, CDRVector& movement, short&, long&
 void Player::SC_Barter50002(long& who, short& answer)
 {
     Note([this, who, answer] {
-        Tell(NameOf(static_cast<unsigned long>(who)) +
+        Tell("learns that " + NameOf(static_cast<unsigned long>(who)) +
              (answer == 1 ? " agrees to trade" : " does not want to trade"));
     });
 }
@@ -400,23 +459,24 @@ void Player::SC_Barter50004(long& who, short& state)
 {
     Note([this, who, state] {
         const bool isSigned = state == static_cast<short>(Kesra::DealState::Signed);
-        Tell(NameOf(static_cast<unsigned long>(who)) + (isSigned ? " has signed" : " is out of the trade"));
+        Tell("learns that " + NameOf(static_cast<unsigned long>(who)) +
+             (isSigned ? " has signed" : " is out of the trade"));
     });
 }
 
 void Player::SC_Dealing(unsigned long& who, std::vector<TItem>& items, std::vector<TSkill>& skills,
                         long& gold)
 {
-    Note([this, who, items = items.size(), skills = skills.size(), gold] {
-        Tell(Words("is offered ", items, " item, ", skills, " skill and ", gold, " gold by ", NameOf(who)));
+    Note([this, who, goods = Goods(items, skills, gold)] {
+        Tell("is offered " + goods + " by " + NameOf(who));
     });
 }
 
 void Player::SC_Barter50005(unsigned long& who, std::vector<TItem>& items, std::vector<TSkill>& skills,
                             long& gold)
 {
-    Note([this, who, items = items.size(), skills = skills.size(), gold] {
-        Tell(Words("receives ", items, " item, ", skills, " skill and ", gold, " gold from ", NameOf(who)));
+    Note([this, who, goods = Goods(items, skills, gold)] {
+        Tell("receives " + goods + " from " + NameOf(who));
     });
 }
 
@@ -426,7 +486,7 @@ void Player::SC_GM_Call_Avatar(short& session, CNTVector& position)
 {
     Note([this, session, position]() mutable {
         Own.SetPos(position);
-        Tell(Words("is called to session ", session, " at (", position[0], ", ", position[2], ")"));
+        Tell(Words("is called to session ", session, " at ", Place(position)));
     });
 }
 
@@ -463,7 +523,7 @@ void Player::SC_GM_Give_Skill(TSkill& skill)
 void Player::SC_GM_Give_Item(TItem& item)
 {
     Note([this, item] {
-        Items.push_back(item);
+        Put(item);
         Tell("is given " + Show(item));
     });
 }
@@ -471,8 +531,10 @@ void Player::SC_GM_Give_Item(TItem& item)
 void Player::SC_Event16020(TAvatar& avatar)
 {
     Note([this, avatar]() mutable {
-        Meet(avatar);
-        Tell(Words("sees that ", avatar.GetNickname(), " has changed"));
+        const auto known = Avatars.find(avatar.GetID());
+        if (known != Avatars.end())
+            known->second.SetNickname(avatar.GetNickname());
+        Tell("sees that " + Kesra::Utf8Text(static_cast<const char*>(avatar.GetNickname())) + " has changed");
     });
 }
 
@@ -482,6 +544,7 @@ void Player::SC_Event16021(TAvatar&, TPrivData& data, std::vector<TItem>& items,
         Priv = data;
         Items = items;
         Skills = skills;
-        Tell(Words("owns ", items.size(), " items and ", skills.size(), " skills"));
+        Tell("owns " + Count(static_cast<long long>(items.size()), "kind of thing", "kinds of things") +
+             " and " + Count(static_cast<long long>(skills.size()), "skill"));
     });
 }

@@ -1,10 +1,14 @@
 // What happens in the story.
+#include "tools/demo/English.h"
 #include "tools/demo/Story.h"
 
-#include "server/Texts.h"
+#include "server/messages/ResultCodes.h"
+#include "server/messages/Texts.h"
+#include "server/world/Catalogue.h"
 
 #include "KesraNTC/rpc/MessageNumbers.h"
 
+#include <algorithm>
 #include <cmath>
 
 using namespace Kesra;
@@ -21,7 +25,6 @@ constexpr long Jewel = 90001;
 constexpr long Fireball = 102;
 constexpr long Frost = 201;
 constexpr short HatPlace = 1;
-constexpr short WeaponPlace = 11;
 constexpr short Agreed = 1;
 
 CFixCharString<200> Line(const char* utf8)
@@ -32,6 +35,14 @@ CFixCharString<200> Line(const char* utf8)
 CString Text(const std::string& utf8)
 {
     return CString(WireText(utf8).c_str());
+}
+
+/// How far one is from where the other shows it.
+double Apart(Player& seeing, const Player& seen)
+{
+    const CNTVector shown = seeing.ShownPlace(seen);
+    const CNTVector real = seen.Own.GetPos();
+    return std::hypot(shown[0] - real[0], shown[2] - real[2]);
 }
 
 } // namespace
@@ -63,7 +74,11 @@ void Story::LogOn()
 
 void Story::LogOn(Player& player, const std::string& account, const std::string& password)
 {
-    Require(player.Name + " connects", player.Connect(Options.Address, Options.Port));
+    player.Tell(Words("connects to ", Options.Address, ":", Options.Port, " and logs on as ", account));
+    Require(Words("no game server answers at ", Options.Address, ":", Options.Port,
+                  ". Start one there with: kesra-server --listen ", Options.Address, ":", Options.Port,
+                  "\nOr leave out --server, and the demo brings its own."),
+            player.Connect(Options.Address, Options.Port));
     CString name = Text(account);
     CString secret = Text(password);
     unsigned short user = 0;
@@ -73,6 +88,9 @@ void Story::LogOn(Player& player, const std::string& account, const std::string&
         return player.Proxy.CS_Logon(name, secret, user, avatars, data, result);
     });
     Await(player, SC_GS_LIST);
+    Require(Words("the account ", account, " has all its ", AvatarsPerAccount,
+                  " avatars already. Name another one with --account, or start the server anew."),
+            avatars.size() < AvatarsPerAccount);
     player.Index = static_cast<short>(avatars.size());
     CString nickname = Text(player.Name);
     Ask(player, "CS_CreateAvatar", [&](unsigned long& result) {
@@ -85,7 +103,9 @@ void Story::Enter(Player& player)
     Ask(player, "CS_TryOnSession", [&](unsigned long& result) {
         return player.Proxy.CS_TryOnSession(player.Index, 1, player.Items, player.Skills, result);
     });
-    player.Tell(Words("carries ", player.Items.size(), " items and knows ", player.Skills.size(), " skill"));
+    player.Tell(Words("carries ",
+                      Count(static_cast<long long>(player.Items.size()), "kind of thing", "kinds of things"),
+                      " and knows ", Count(static_cast<long long>(player.Skills.size()), "skill")));
     player.Proxy.CS_EnterSession();
     Await(player, SC_EVENT29001);
     Await(player, SC_PRIV_DATA);
@@ -116,40 +136,42 @@ void Story::Talk()
 
 void Story::WalkAround()
 {
-    constexpr float speed = 120;
-    constexpr double walkingTime = 3;
-    constexpr float closeBy = 5;
+    // Centimetres a second: 3 of them per frame. Move takes a step of less than 1 for an arrival.
+    constexpr float speed = 300;
+    constexpr float closeBy = speed * FrameTime * 1.5F;
+    constexpr int legs = 3;
+    constexpr int framesPerLeg = 100;
     Book.Heading("They walk for three seconds");
     Mina.Walk(90, speed);
     Joon.Walk(0, speed);
-    const double until = Book.Seconds() + walkingTime;
-    double turn = Book.Seconds() + 1;
-    double worst = 0;
-    const auto distance = [](Player& seeing, Player& seen) {
-        const CNTVector shown = seeing.Avatars[seen.ID].GetDRVector()->GetPos();
-        const CNTVector real = seen.Own.GetPos();
-        return std::hypot(shown[0] - real[0], shown[2] - real[2]);
-    };
-    while (Book.Seconds() < until) {
-        Frame();
-        worst = std::max<double>({worst, distance(Mina, Joon), distance(Joon, Mina)});
-        if (Book.Seconds() > turn) {
+    for (int leg = 1; leg <= legs; ++leg) {
+        WalkOn(framesPerLeg / 2);
+        WalkOn(framesPerLeg / 2);
+        if (leg < legs) {
             Mina.Turn(30);
             Joon.Turn(-45);
-            turn += 1;
         }
     }
     Mina.Walk(Mina.Own.GetAY(), 0);
     Joon.Walk(Joon.Own.GetAY(), 0);
     Expect(
-        "Joon sees Mina where she stands", [&] { return distance(Joon, Mina) < closeBy; });
-    Expect("Mina sees Joon where he stands", [&] { return distance(Mina, Joon) < closeBy; });
-    for (Player* player : {&Mina, &Joon}) {
-        const CNTVector position = player->Own.GetPos();
-        player->Tell(Words("has walked to (", position[0], ", ", position[2], ") with ", player->Reports,
-                           " movement reports"));
+        "Joon sees Mina where she stands", [&] { return Apart(Joon, Mina) < closeBy; });
+    Expect("Mina sees Joon where he stands", [&] { return Apart(Mina, Joon) < closeBy; });
+    for (Player* player : {&Mina, &Joon})
+        player->Tell(Words("has walked to ", Place(player->Own.GetPos()), " with ",
+                           Count(player->Reports, "movement report")));
+}
+
+void Story::WalkOn(int frames)
+{
+    double worst = 0;
+    for (int frame = 0; frame < frames; ++frame) {
+        Frame();
+        worst = std::max({worst, Apart(Mina, Joon), Apart(Joon, Mina)});
     }
-    Book.Line("", Words("shown and real places were never more than ", worst, " apart"));
+    Mina.Tell(Words("is at ", Place(Mina.Own.GetPos()), ", Joon sees her at ", Place(Joon.ShownPlace(Mina))));
+    Joon.Tell(Words("is at ", Place(Joon.Own.GetPos()), ", Mina sees him at ", Place(Mina.ShownPlace(Joon)),
+                    "; never more than ", std::lround(std::ceil(worst)), " cm off"));
 }
 
 void Story::HandleItems()
@@ -300,7 +322,15 @@ void Story::CommandAsMaster()
     CNTProxy_CLToGS& mina = Mina.Proxy;
     const CString joon = Text(Joon.Name);
     mina.CS_GM_Give_Item(joon, Jewel, 1);
-    Await(Joon, SC_GM_GIVE_ITEM);
+    bool given = false;
+    Expect("Mina gives a jewel", [&] {
+        given = Joon.Take(SC_GM_GIVE_ITEM);
+        return given || Mina.LastRefusal == static_cast<unsigned long>(Result::NotAllowed);
+    });
+    Require(Words("the account ", Options.MasterAccount,
+                  " is no game master's. Start the server with --master ", Options.MasterAccount,
+                  ":PASSWORD, or leave out --account."),
+            given);
     Joon.Proxy.CS_UpdateJewelryCollection(IndexOf(Joon, Jewel));
     Await(Joon, SC_EVENT19001);
     mina.CS_GM_Give_Skill(joon, Frost, 10);
@@ -310,7 +340,7 @@ void Story::CommandAsMaster()
     Await(Mina, SC_EVENT16020);
     mina.CS_GM_Transparent(true);
     Await(Joon, SC_GM_TRANSPARENT);
-    mina.CS_GM_Prohibit_Avatar_Chatting(joon, 60);
+    mina.CS_GM_Prohibit_Avatar_Chatting(joon, 3600);
     Await(Joon, SC_GM21007);
     CFixCharString<200> line = Line("Can you hear me?");
     Joon.Proxy.CS_Chat(line);

@@ -1,32 +1,39 @@
 // How the story is told: frames, expectations, measurements.
 #include "tools/demo/Story.h"
 
+#include "tools/demo/English.h"
+
+#include "server/messages/ResultCodes.h"
+
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
-#include <stdexcept>
 #include <thread>
 
 namespace
 {
 
-constexpr std::chrono::milliseconds FrameTime{10};
-constexpr double Patience = 5;
+constexpr std::chrono::milliseconds FramePause{10};
+constexpr int Patience = 500; // frames
 
-/// Something expected did not happen.
-class Disappointment : public std::runtime_error
+/// What the user of this program can do about a refusal.
+std::string WayOut(unsigned long result)
 {
-public:
-    using std::runtime_error::runtime_error;
-};
+    if (result == static_cast<unsigned long>(Kesra::Result::WrongPassword))
+        return ".\nGive the account's own password with --password.";
+    if (result == static_cast<unsigned long>(Kesra::Result::AccountInUse))
+        return ".\nEnd the program that uses it, or name another account with --account.";
+    return "";
+}
 
 std::string TrafficLine(const Player& player)
 {
     const Traffic sent = player.Connection.Sent();
     const Traffic received = player.Connection.Received();
-    return Words("sent ", sent.Total(), " packets (", sent.Bytes, " bytes, ", sent.Packets.size(),
-                 " kinds), received ", received.Total(), " packets (", received.Bytes, " bytes, ",
-                 received.Packets.size(), " kinds)");
+    const auto text = [](const Traffic& traffic) {
+        return Words(Count(traffic.Total(), "packet"), " (", traffic.Bytes, " bytes, ",
+                     traffic.Packets.size(), " kinds)");
+    };
+    return "sent " + text(sent) + ", received " + text(received);
 }
 
 } // namespace
@@ -36,61 +43,61 @@ Story::Story(const StoryOptions& options)
 {
 }
 
-bool Story::Play()
+void Story::Play()
 {
-    try {
-        LogOn();
-        Talk();
-        WalkAround();
-        HandleItems();
-        HandleSkills();
-        GrowStronger();
-        MakeParty();
-        Trade();
-        Fight();
-        if (Options.Master)
-            CommandAsMaster();
-        Travel();
-        SayGoodbye();
-        Summarize();
-        return true;
-    } catch (const Disappointment& missing) {
-        Book.Line("", Words("MISSING: ", missing.what()));
-        return false;
-    }
+    LogOn();
+    Talk();
+    WalkAround();
+    HandleItems();
+    HandleSkills();
+    GrowStronger();
+    MakeParty();
+    Trade();
+    Fight();
+    if (Options.Master)
+        CommandAsMaster();
+    else
+        Book.Heading("Mina is no game master here: those scenes are left out (--account names one)");
+    Travel();
+    SayGoodbye();
+    Summarize();
 }
 
 void Story::Frame()
 {
-    const double now = Book.Seconds();
-    const auto seconds = static_cast<float>(now - LastFrame);
-    LastFrame = now;
-    Mina.Frame(seconds);
-    Joon.Frame(seconds);
-    std::this_thread::sleep_for(FrameTime);
+    // The story's time is counted in frames, so that a machine that stutters tells the same story, only
+    // later.
+    Mina.Frame(FrameTime);
+    Joon.Frame(FrameTime);
+    std::this_thread::sleep_for(FramePause);
 }
 
-void Story::Require(const std::string& what, bool isSo)
+void Story::Require(const std::string& otherwise, bool isSo)
 {
     if (!isSo)
-        throw Disappointment(what);
+        throw StoryEnded(otherwise);
 }
 
 void Story::Expect(const std::string& what, const std::function<bool()>& condition)
 {
-    const double until = Book.Seconds() + Patience;
-    do {
+    for (int frame = 0; frame < Patience; ++frame) {
         Frame();
         if (condition())
             return;
-    } while (Book.Seconds() < until);
-    Require(what, false);
+    }
+    std::string refusals;
+    for (const Player* player : {&Mina, &Joon})
+        if (player->LastRefusal != 0)
+            refusals +=
+                Words(". The server last refused ", player->Name, " because ", Meaning(player->LastRefusal));
+    throw StoryEnded("something that should have happened has not: " + what + refusals);
 }
 
 void Story::Await(Player& player, unsigned short number)
 {
     Expect(
-        Words(player.Name, " receives message ", number), [&] { return player.Take(number); });
+        Words(player.Name, " receives message ", number, " (docs/protocol.md)"),
+        [&] { return player.Take(number); });
 }
 
 void Story::Ask(Player& player, const std::string& name,
@@ -100,8 +107,12 @@ void Story::Ask(Player& player, const std::string& name,
     const double begun = Book.Seconds();
     const GS_RESULT reply = request(result);
     const double passed = (Book.Seconds() - begun) * 1000;
-    if (reply != GS_OK || result != 0)
-        throw Disappointment(Words(name, " answers ", reply, " with the result ", result));
+    if (reply != GS_OK)
+        throw StoryEnded(Words("the program at ", Options.Address, ":", Options.Port, " has not answered ",
+                               player.Name, "'s ", name, ". Is a kesra-server listening there?"));
+    if (result != 0)
+        throw StoryEnded(
+            Words("the server refuses ", player.Name, "'s ", name, ": ", Meaning(result), WayOut(result)));
     RoundTrips.push_back(passed);
     char milliseconds[32];
     std::snprintf(milliseconds, sizeof milliseconds, "%.2f", passed);

@@ -3,8 +3,16 @@
 #include "tools/demo/Player.h"
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
+
+/// Something that had to happen did not; says what, and the way out where there is one.
+class StoryEnded : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
 
 struct StoryOptions {
     std::string Address;
@@ -25,8 +33,8 @@ class Story
 public:
     explicit Story(const StoryOptions& options);
 
-    /// True when everything happened.
-    bool Play();
+    /// Throws StoryEnded when something does not happen.
+    void Play();
 
 private:
     // The scenes, in order.
@@ -43,12 +51,14 @@ private:
     void Travel();
     void SayGoodbye();
 
+    /// Both walk for so many frames and show where they are, and where the other sees them.
+    void WalkOn(int frames);
     void LogOn(Player& player, const std::string& account, const std::string& password);
     void Enter(Player& player);
     short IndexOf(Player& player, long kind);
     unsigned long NewestOnGround(Player& player);
-    /// Ends the story when something is not so.
-    static void Require(const std::string& what, bool isSo);
+    /// Ends the story with these words when something is not so.
+    static void Require(const std::string& otherwise, bool isSo);
     /// Frames pass until the condition holds; the story ends when it does not in time.
     void Expect(const std::string& what, const std::function<bool()>& condition);
     /// Frames pass until the player has received one more message of that number.
@@ -59,10 +69,12 @@ private:
     void Frame();
     void Summarize();
 
+    /// Seconds of the story's own time, the step that everybody moves by.
+    static constexpr float FrameTime = 0.01F;
+
     const StoryOptions Options;
     Narrator Book;
     Player Mina;
     Player Joon;
     std::vector<double> RoundTrips; ///< milliseconds, of the waiting requests
-    double LastFrame = 0;
 };

@@ -1,4 +1,4 @@
-#include "KesraNTC/platform/posix/KernelObject.h"
+#include "KesraNTC/platform/posix/waiting/private/KernelObject.h"
 
 namespace
 {

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "KesraNTC/base/CLock.h"
+#include "KesraNTC/net/private/ClientConnection.h"
+
+#include <memory>
+#include <vector>
+
+namespace Kesra
+{
+
+struct IoState;
+
+/// What a client's threads share about its connections. A thread inside ConnectToServer keeps it, since the
+/// client may be deleted as soon as the connection has begun.
+struct ClientState {
+    static constexpr unsigned long UsualSilenceLimit = 60;
+
+    CLock ConnectLock;                   ///< one ConnectToServer at a time; outermost
+    std::atomic<bool> IsStopping{false}; ///< the client is being destroyed
+    EventHandle Abort{
+        EventHandle::ManualReset}; ///< the connect in progress shall end; under IoState::CloseLock
+
+    CLock ReceiverLock; ///< guards Receivers and the client's two dates; innermost
+    /// The newest connection last; before it those whose threads still run code of the game.
+    std::vector<std::shared_ptr<ClientConnection>> Receivers;
+
+    bool InDispatch = false; ///< under the connection's lock
+    std::atomic<unsigned long> SilenceLimit{UsualSilenceLimit};
+    std::atomic<bool> IsNoDelay{true};
+    /// The generation whose clock answer has failed; answering it again would only fail again.
+    std::atomic<std::uint64_t> ClockFailedOn{0};
+
+    std::vector<std::shared_ptr<ClientConnection>> GetReceivers()
+    {
+        const Locked reading(ReceiverLock);
+        return Receivers;
+    }
+    void AddReceiver(std::shared_ptr<ClientConnection> connection)
+    {
+        const Locked publishing(ReceiverLock);
+        std::erase_if(Receivers, [](const auto& old) { return old->WaitForEnd(0); });
+        Receivers.push_back(std::move(connection));
+    }
+};
+
+/// True while packets are being dispatched.
+class DispatchMark
+{
+public:
+    explicit DispatchMark(ClientState& state) : Client(state) { Client.InDispatch = true; }
+    ~DispatchMark() { Client.InDispatch = false; }
+    DispatchMark(const DispatchMark&) = delete;
+    DispatchMark& operator=(const DispatchMark&) = delete;
+
+private:
+    ClientState& Client;
+};
+
+/// Names the connection of a client that something belongs to, also when it has long ended.
+struct ConnectionKey {
+    const IoState* Io = nullptr;
+    std::uint64_t Generation = 0;
+};
+
+} // namespace Kesra

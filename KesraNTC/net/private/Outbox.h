@@ -1,0 +1,56 @@
+#pragma once
+
+#include "KesraNTC/net/private/ByteBlocks.h"
+#include "KesraNTC/platform/private/EventHandle.h"
+
+#include <atomic>
+
+namespace Kesra
+{
+
+/// What became of bytes on their way out: how many the system has taken, and why there will be no more.
+struct SendProgress {
+    unsigned long Sent = 0;
+    int Error = 0; ///< a Winsock number; 0 also when the outbox is full
+};
+
+/// What a connection has to send. Whoever comes tries the socket itself; what it does not take waits here, in
+/// order, and leaves as an overlapped write whose event the receive thread waits for. Under
+/// IoState::SendLock.
+class Outbox
+{
+public:
+    explicit Outbox(SOCKET socket) : Socket(socket) {}
+    Outbox(const Outbox&) = delete;
+    Outbox& operator=(const Outbox&) = delete;
+    ~Outbox();
+
+    /// Signalled when the outstanding write has ended.
+    const EventHandle& GetEvent() const { return Written; }
+
+    /// Takes the bytes whole or not at all; false when they do not fit into the limit or sending has failed.
+    bool Send(const char* data, unsigned long size, std::size_t limit, SendProgress& progress);
+    /// Sends what the socket takes of what waits. False when sending has failed, then and ever after.
+    bool Advance(SendProgress& progress);
+    /// The socket is closed: nothing waits any more.
+    void Drop();
+
+    bool IsWriting() const { return Writing.load(std::memory_order_relaxed); }
+    /// Bytes that wait and may still leave.
+    std::size_t GetUnsent() const { return Failure == 0 ? Waiting.GetSize() : 0; }
+
+private:
+    bool Fail(int error, SendProgress& progress);
+    bool SendNow(const char* data, std::size_t size, unsigned long& sent, SendProgress& progress);
+    bool BeginWrite(SendProgress& progress);
+    bool TakeCompletion(SendProgress& progress);
+
+    const SOCKET Socket;
+    EventHandle Written{EventHandle::AutoReset};
+    OVERLAPPED Block{};
+    ByteBlocks Waiting;               ///< its front is being written while IsWriting
+    std::atomic<bool> Writing{false}; ///< changed under the lock, looked at without
+    int Failure = 0;                  ///< the code that ended sending
+};
+
+} // namespace Kesra
