@@ -7,6 +7,7 @@
 class Client : public CNTMainClient
 {
 public:
+    ~Client() override { StopReceiving(); } // first of all: the receive thread calls this class
     void ProcessDisconnection() override { std::puts("The connection has ended."); }
 };
 
@@ -23,7 +24,7 @@ int main(int argc, char** argv)
     client.SetServerAddr(argv[1]);
     client.SetServerPort(std::strtoul(argv[2], nullptr, 10));
     if (!client.Startup() || !client.ConnectToServer())
-        return std::puts("The server does not answer."), 1;
+        return std::puts("No server answers there."), 1;
 
     CString account(argv[3]), password(argv[4]);
     unsigned short value = 0;
@@ -31,12 +32,16 @@ int main(int argc, char** argv)
     std::vector<TAvatar> avatars;
     std::vector<TPrivData> data;
     const GS_RESULT result = proxy.CS_Logon(account, password, value, avatars, data, verdict);
-    if (result == GS_OK)
-        std::printf("%s has %zu avatars, the server says %lu\n", argv[3], avatars.size(), verdict);
+    if (result != GS_OK)
+        std::puts("The server has not answered.");
+    else if (verdict != 0)
+        std::printf("The server refuses the logon with its code %lu.\n", verdict);
+    else
+        std::printf("The account is logged on and has these avatars (%zu):\n", avatars.size());
     for (TAvatar& avatar : avatars)
         std::printf("%d: %s\n", avatar.GetAvatarIndex(), static_cast<const char*>(avatar.GetNickname()));
 
     client.Disconnect();
     client.WaitForReceiveThread(5000);
-    return result == GS_OK ? 0 : 1;
+    return result == GS_OK && verdict == 0 ? 0 : 1;
 }
