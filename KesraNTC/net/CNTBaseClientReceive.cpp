@@ -248,7 +248,7 @@ void CNTBaseClient::DispatchAhead(ClientConnection& connection)
 {
     if (connection.Ahead.Count == 0)
         return;
-    const Locked dispatching(Lock);
+    const Held dispatching(Lock, DispatchRole);
     const DispatchMark mark(*State);
     CNTPacket packet{CNTPacket::Unzeroed{}};
     while (connection.Ahead.Count != 0 && !connection.IsClosed()) {

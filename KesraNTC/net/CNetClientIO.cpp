@@ -16,7 +16,6 @@ CNetClientIO::~CNetClientIO() = default;
 
 CNetClientIO::CNetClientIO(const CNetClientIO& other) : CNetIO(other), Received(std::make_unique<Backlog>())
 {
-    PacketQueue.reserve(InitialQueue);
     Received->TakenWhole.reserve(InitialQueue);
     CopyQueue(other);
 }
@@ -32,10 +31,20 @@ CNetClientIO& CNetClientIO::operator=(const CNetClientIO& other)
 
 void CNetClientIO::CopyQueue(const CNetClientIO& other)
 {
-    const Locked reading(other.Received->QueueLock);
-    PacketQueue = other.PacketQueue;
-    Received->Behind = other.Received->Behind;
-    Received->WholeBytes = other.Received->WholeBytes;
+    std::vector<CNTPacket> whole;
+    whole.reserve(InitialQueue);
+    CompactPackets behind;
+    std::size_t wholeBytes = 0;
+    {
+        const Held reading(other.Received->QueueLock);
+        whole = other.PacketQueue;
+        behind = other.Received->Behind;
+        wholeBytes = other.Received->WholeBytes;
+    }
+    const Held writing(Received->QueueLock);
+    PacketQueue.swap(whole);
+    Received->Behind.Swap(behind);
+    Received->WholeBytes = wholeBytes;
     Received->Limit = other.Received->Limit.load();
 }
 
@@ -52,7 +61,7 @@ bool CNetClientIO::MakeCompletePacket(CNTPacket& packet)
 
 void CNetClientIO::QueuePackets(const char* packets, std::size_t bytes)
 {
-    const Locked queueing(Received->QueueLock);
+    const Held queueing(Received->QueueLock);
     const char* const end = packets + bytes;
     while (packets != end && Received->Behind.Count == 0 && PacketQueue.size() < InitialQueue) {
         const std::size_t size = SizeOfPacket(packets);
@@ -67,13 +76,13 @@ void CNetClientIO::QueuePackets(const char* packets, std::size_t bytes)
 
 unsigned long CNetClientIO::GetQueuedPackets()
 {
-    const Locked counting(Received->QueueLock);
+    const Held counting(Received->QueueLock);
     return static_cast<unsigned long>(PacketQueue.size() + Received->Behind.Count + Received->TakenPackets);
 }
 
 unsigned long CNetClientIO::GetQueuedBytes()
 {
-    const Locked counting(Received->QueueLock);
+    const Held counting(Received->QueueLock);
     return static_cast<unsigned long>(Received->WholeBytes + Received->Behind.Bytes.GetSize() +
                                       Received->TakenBytes);
 }

@@ -46,7 +46,7 @@ void Drain::ForgetWhole()
 
 void Drain::Take()
 {
-    const Locked taking(Queue.QueueLock);
+    const Held taking(Queue.QueueLock);
     Client.PacketQueue.swap(Queue.TakenWhole);
     Queue.Behind.Swap(Queue.TakenBehind);
     Queue.TakenPackets.store(Queue.TakenWhole.size() + Queue.TakenBehind.Count, std::memory_order_relaxed);
@@ -96,7 +96,7 @@ void Drain::MakeRoom()
 
 void Drain::PutBack()
 {
-    const Locked putting(Queue.QueueLock);
+    const Held putting(Queue.QueueLock);
     // Packets that came meanwhile stay behind those that are left here; they are taken by the next drain.
     if (!Client.PacketQueue.empty() || Queue.Behind.Count != 0)
         return;

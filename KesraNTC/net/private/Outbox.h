@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KesraNTC/net/private/ByteBlocks.h"
+#include "KesraNTC/net/private/LockRoles.h"
 #include "KesraNTC/platform/private/EventHandle.h"
 
 #include <atomic>
@@ -29,28 +30,33 @@ public:
     const EventHandle& GetEvent() const { return Written; }
 
     /// Takes the bytes whole or not at all; false when they do not fit into the limit or sending has failed.
-    bool Send(const char* data, unsigned long size, std::size_t limit, SendProgress& progress);
+    bool Send(const char* data, unsigned long size, std::size_t limit, SendProgress& progress)
+        KESRANTC_LOCKING(requires_capability(SendRole));
     /// Sends what the socket takes of what waits. False when sending has failed, then and ever after.
-    bool Advance(SendProgress& progress);
+    bool Advance(SendProgress& progress) KESRANTC_LOCKING(requires_capability(SendRole));
     /// The socket is closed: nothing waits any more.
-    void Drop();
+    void Drop() KESRANTC_LOCKING(requires_capability(SendRole));
 
     bool IsWriting() const { return Writing.load(std::memory_order_relaxed); }
     /// Bytes that wait and may still leave.
-    std::size_t GetUnsent() const { return Failure == 0 ? Waiting.GetSize() : 0; }
+    std::size_t GetUnsent() const KESRANTC_LOCKING(requires_capability(SendRole))
+    {
+        return Failure == 0 ? Waiting.GetSize() : 0;
+    }
 
 private:
-    bool Fail(int error, SendProgress& progress);
-    bool SendNow(const char* data, std::size_t size, unsigned long& sent, SendProgress& progress);
-    bool BeginWrite(SendProgress& progress);
-    bool TakeCompletion(SendProgress& progress);
+    bool Fail(int error, SendProgress& progress) KESRANTC_LOCKING(requires_capability(SendRole));
+    bool SendNow(const char* data, std::size_t size, unsigned long& sent, SendProgress& progress)
+        KESRANTC_LOCKING(requires_capability(SendRole));
+    bool BeginWrite(SendProgress& progress) KESRANTC_LOCKING(requires_capability(SendRole));
+    bool TakeCompletion(SendProgress& progress) KESRANTC_LOCKING(requires_capability(SendRole));
 
     const SOCKET Socket;
     EventHandle Written{EventHandle::AutoReset};
-    OVERLAPPED Block{};
-    ByteBlocks Waiting;               ///< its front is being written while IsWriting
-    std::atomic<bool> Writing{false}; ///< changed under the lock, looked at without
-    int Failure = 0;                  ///< the code that ended sending
+    OVERLAPPED Block KESRANTC_LOCKING(guarded_by(SendRole)){};
+    ByteBlocks Waiting KESRANTC_LOCKING(guarded_by(SendRole)); ///< its front is being written while IsWriting
+    std::atomic<bool> Writing{false};                          ///< changed under the lock, looked at without
+    int Failure KESRANTC_LOCKING(guarded_by(SendRole)) = 0;    ///< the code that ended sending
 };
 
 } // namespace Kesra
