@@ -128,8 +128,8 @@ try {
     if (IsRoomNeeded() && !WaitForRoom(connection))
         return false;
     const bool isReading = IssueNetRead();
-    // A dense stream keeps the read event set; the write must not starve behind it.
-    if (connection.Out.IsWriting() && !TakeSendCompletion(connection))
+    // A dense stream keeps the read event set; what waits to be sent must not starve behind it.
+    if (connection.Out.IsBusy() && !TakeSendCompletion(connection))
         return false;
     return DispatchHere(connection, isComplete) && isReading;
 } catch (const OutOfMemory&) {
