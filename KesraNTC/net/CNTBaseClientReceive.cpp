@@ -31,12 +31,18 @@ bool FailForMemory(ClientConnection& connection)
     return FailTransfer(connection, WSA_NOT_ENOUGH_MEMORY);
 }
 
-/// Why the watched socket has failed; 0 while it has not.
+/// Why the watched socket has failed; 0 while it has not, the server's orderly close included.
 int CloseError(const ClientConnection& connection, HANDLE happening)
 {
     WSANETWORKEVENTS events{};
     WSAEnumNetworkEvents(connection.Socket, happening, &events);
-    return events.iErrorCode[FD_CLOSE_BIT];
+    if ((events.lNetworkEvents & FD_CLOSE) == 0 || events.iErrorCode[FD_CLOSE_BIT] != 0)
+        return events.iErrorCode[FD_CLOSE_BIT];
+    // Not every system tells a reset from an orderly close, after which one can still send.
+    WSABUF nothing{0, nullptr};
+    DWORD sent = 0;
+    const bool isOpen = WSASend(connection.Socket, &nothing, 1, &sent, 0, nullptr, nullptr) == 0;
+    return isOpen ? 0 : WSAECONNRESET;
 }
 
 /// How far whole packets reach from the front of so many bytes, and how many they are. One with a strange

@@ -74,8 +74,8 @@ public:
     /// The data must stay until then, one send can be outstanding, and the caller counts. Windows cancels the
     /// send when the thread that called ends before it has completed.
     unsigned long SendPacket(char* data, unsigned long len);
-    /// Bytes that wait in the outbox once the socket has been offered them again; a game paces itself by it. Any
-    /// thread, in handlers too.
+    /// Bytes that wait in the outbox once the socket has been offered them again; a game paces itself by it.
+    /// Any thread, in handlers too.
     unsigned long GetUnsentBytes();
     /// How many bytes may wait in the outbox: 1 MiB unless set, at least 4096. Any thread; stays for later
     /// connections.

@@ -32,9 +32,10 @@ public:
     /// Takes the bytes whole or not at all; false when they do not fit into the limit or sending has failed.
     bool Send(const char* data, unsigned long size, std::size_t limit, SendProgress& progress)
         KESRANTC_LOCKING(requires_capability(SendRole));
-    /// Sends what the socket takes of what waits; the receive thread begins a write for the rest, others leave
-    /// that to it. False when sending has failed, then and ever after.
-    bool Advance(SendProgress& progress, bool isReceiveThread) KESRANTC_LOCKING(requires_capability(SendRole));
+    /// Sends what the socket takes of what waits; the receive thread begins a write for the rest, others
+    /// leave that to it. False when sending has failed, then and ever after.
+    bool Advance(SendProgress& progress, bool isReceiveThread)
+        KESRANTC_LOCKING(requires_capability(SendRole));
     /// The socket is closed: nothing waits any more.
     void Drop() KESRANTC_LOCKING(requires_capability(SendRole));
 
