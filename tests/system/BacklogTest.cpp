@@ -245,7 +245,7 @@ TEST_F(Drain, DisconnectOnTheReceiveThreadEndsWhatCameWithIt)
     ASSERT_TRUE(other.ConnectTo(server));
     server.Send(BytesOf(Chat("one")) + BytesOf(Chat("enough")) + BytesOf(Chat("three")) +
                 BytesOf(Chat("four")));
-    ASSERT_TRUE(other.Disconnected.Wait(60000));
+    ASSERT_TRUE(::Test::Await("the end is told", other.Disconnected));
     other.ProcessQueuedMessageFromServer();
     EXPECT_EQ(other.Stub.Lines, (std::vector<std::string>{"one", "enough"}));
 }

@@ -16,6 +16,7 @@
 #include <thread>
 
 using namespace Kesra;
+using Test::Await;
 using Test::BytesOf;
 using Test::Chat;
 using Test::DeafListener;
@@ -102,7 +103,7 @@ TEST_F(Lifetime, DisconnectWhenToldLateLeavesANewerOneAlone)
         if (game.Disconnections != 1)
             return;
         isTold.Set();
-        isReplaced.Wait();
+        Await("it is replaced", isReplaced);
         reason = game.GetEndReason();
         game.Disconnect();
         EXPECT_FALSE(game.ConnectToServer()) << "it has been replaced";
@@ -110,11 +111,11 @@ TEST_F(Lifetime, DisconnectWhenToldLateLeavesANewerOneAlone)
     };
     ASSERT_TRUE(game.ConnectTo(Server));
     Server.Close();
-    ASSERT_TRUE(isTold.Wait(60000));
+    ASSERT_TRUE(Await("the end is told", isTold));
     Peer next;
     ASSERT_TRUE(game.ConnectTo(next));
     isReplaced.Set();
-    ASSERT_TRUE(isDone.Wait(60000));
+    ASSERT_TRUE(Await("it has tried", isDone));
     EXPECT_EQ(reason, END_SERVER_CLOSED) << "of the connection that it tells of";
     EXPECT_TRUE(Log.HasLine("ConnectToServer() : error 10037"));
     EXPECT_TRUE(game.IsConnected());
@@ -222,10 +223,10 @@ TEST_F(Lifetime, DeletedWhileAnotherThreadConnects)
         ASSERT_TRUE(game->ConnectToServer());
         Server.Accept();
         Server.Close();
-        ASSERT_TRUE(isTold.Wait(60000));
+        ASSERT_TRUE(Await("the end is told", isTold));
         game->SetServerPort(deaf.Port());
         EXPECT_FALSE(game->ConnectToServer());
-        EXPECT_TRUE(gone.Wait(60000));
+        EXPECT_TRUE(Await("it is deleted", gone));
     }
 }
 
@@ -242,7 +243,7 @@ TEST_F(Lifetime, DeletedAsSoonAsItHasBegun)
         resetting.join();
         if (!begun)
             delete game;
-        EXPECT_TRUE(gone.Wait(60000));
+        EXPECT_TRUE(Await("it is deleted", gone));
     }
 }
 

@@ -13,6 +13,7 @@
 #include <thread>
 
 using namespace Kesra;
+using Test::Await;
 using Test::BytesOf;
 using Test::Chat;
 using Test::GameClient;
@@ -127,11 +128,11 @@ TEST_F(Outbox, IsEmptiedByLaterSendersToo)
     EventHandle mayLeave{EventHandle::AutoReset};
     Game.Stub.OnChat = [&] {
         isInside.Set();
-        mayLeave.Wait();
+        Await("it may leave", mayLeave);
     };
     Game.ProcessOnRecvThread = true;
     Server.Send(BytesOf(Chat("stay")));
-    ASSERT_TRUE(isInside.Wait(60000));
+    ASSERT_TRUE(Await("the handler is entered", isInside));
     Game.SetOutboxLimit(30 * PacketBytes);
     const unsigned taken = Fill();
     std::thread reading([&] { ExpectFilled(taken); });

@@ -76,8 +76,7 @@ TEST(MeetingPoints, AResetIsNotUndoneByASignalThatComesBack)
         isReset = true;
     });
     // Either it waits for the lock or it did not ask for it.
-    while (!isReset && !probe.IsAwaited())
-        std::this_thread::yield();
+    ::Test::Until("the reset has come", [&] { return isReset || probe.IsAwaited(); });
     probe.GiveSignalBack();
     probe.Unlock();
     resetter.join();
@@ -147,8 +146,7 @@ TEST_F(SocketPlacesTest, ClosingEndsACallThatWaitsInsideTheSystem)
         ended.Set();
     });
     // From here on it has the socket pinned and waits for nothing but the system.
-    while (BlockingReceives == before)
-        std::this_thread::yield();
+    ::Test::Until("the reader is inside", [&] { return BlockingReceives != before; });
     Client.Close();
     EXPECT_TRUE(ended.Wait(fallback / 2));
     reader.join();
