@@ -1,0 +1,64 @@
+#include "KesraNTC/platform/private/EventHandle.h"
+#include "KesraNTC/rpc/CNTProxy.h"
+#include "tests/support/Until.h"
+#include "tests/support/posix/WaitQueueProbe.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+using namespace Kesra;
+using ::Test::Until;
+
+namespace
+{
+
+class Patient : public CNTProxy
+{
+public:
+    void ProcessProxyError() override { ++Errors; }
+
+    std::atomic<int> Errors{0};
+};
+
+/// The time of a request is over and its thread on the way out, held up at the lock of its event's queue;
+/// there the reply arrives, and its dispatcher is held up in turn. True when the meeting came about.
+bool ReplyMeetsTheEnd(unsigned long milliseconds)
+{
+    Patient proxy;
+    proxy.SetReplyTimeLimit(milliseconds);
+    const std::unique_ptr<CNestedReply> record(proxy.PreNestedRequestReply());
+    WaitQueueProbe probe(*FromHandle<EventObject>(record->Event));
+    std::atomic<bool> isOver{false};
+    bool hasReply = false;
+    std::thread asking([&] {
+        hasReply = proxy.WaitForNestedRequestReply(record.get());
+        isOver = true;
+    });
+    Until("the request sleeps", [&] { return isOver || probe.HasSleepers(); });
+    probe.Lock();
+    Until(
+        "its time is over", [&] { return isOver || probe.IsAwaited(); });
+    std::thread replying([&] { proxy.DeliverReply(record->Serial, CNTPacket()); });
+    Until("the reply is taken", [&] { return proxy.GetPendingCount() == 0; });
+    const bool hasMet = !isOver;
+    probe.Unlock();
+    asking.join();
+    replying.join();
+    EXPECT_EQ(hasReply, hasMet);
+    EXPECT_EQ(proxy.Errors, hasMet ? 0 : 1);
+    return hasMet;
+}
+
+TEST(LastMoment, AReplyThatComesAsItsTimeEndsIsTaken)
+{
+    // A machine that stands still may let the time pass before the scene is set.
+    unsigned long milliseconds = 100;
+    while (!ReplyMeetsTheEnd(milliseconds) && milliseconds < ::Test::Limit && !testing::Test::HasFailure())
+        milliseconds *= 2;
+    EXPECT_LT(milliseconds, ::Test::Limit);
+}
+
+} // namespace
