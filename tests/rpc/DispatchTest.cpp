@@ -208,10 +208,16 @@ TEST_F(Dispatch, MissingScalarsAreZeroAndMissingTextsEmpty)
 
 TEST_F(Dispatch, UnknownNumbersReachNobody)
 {
+    Texts traced;
+    CDebug::SetTraceHook([](void* texts, const char* text) { static_cast<Texts*>(texts)->push_back(text); },
+                         &traced);
     for (const unsigned short number :
          std::initializer_list<unsigned short>{0, 507, 509, 1002, 9999, 10001, 10009, 12001, 12011, 13009,
                                                16011, 16012, 21012, 29000, 60003, 65535})
         Take(Begun(number) << static_cast<short>(1) << 2);
+    CDebug::SetTraceHook(nullptr, nullptr);
+    ASSERT_EQ(traced.size(), 16U);
+    EXPECT_EQ(traced[1], "Warnning!!! Strange Message Type 507\n");
     CNTPacket empty;
     Take(empty);
     EXPECT_TRUE(Handlers.Calls.empty());

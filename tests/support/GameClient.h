@@ -40,12 +40,7 @@ public:
 class GameClient : public CNTMainClient
 {
 public:
-    GameClient()
-    {
-        Attach(&Stub);
-        Attach(&Requests);
-        Startup();
-    }
+    GameClient() { EXPECT_TRUE(Attach(&Stub) && Attach(&Requests) && Startup()); }
     ~GameClient() override { StopReceiving(); }
 
     void ProcessDisconnection() override

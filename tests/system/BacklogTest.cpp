@@ -83,6 +83,7 @@ TEST_F(Backlog, IsBoundedAndLosesNothing)
     ASSERT_TRUE(WaitUntilPaused());
     EXPECT_GT(Client->GetQueuedPackets(), 30U);
     EXPECT_EQ(Client->GetStatistics().QueuedBytes, Client->GetQueuedBytes());
+    EXPECT_EQ(Client->GetStatistics().QueuedPackets, Client->GetQueuedPackets());
     Until("all lines are there", [&] {
         EXPECT_LE(Client->GetQueuedBytes(), Limit + Above);
         Client->ProcessQueuedMessageFromServer();

@@ -466,12 +466,17 @@ TEST_F(Connection, AFailedRequestIsLoggedAndStillHandedOver)
 {
     CNTProxy_CLToGS unattached;
     EXPECT_EQ(unattached.CS_EnterSession(), GS_OK);
+    EXPECT_TRUE(Logged("Send Error!!!\r\n"));
+    CNTPacket packet;
+    EXPECT_FALSE(unattached.Send(packet));
+    EXPECT_TRUE(CNTProxy().Send(packet));
     ASSERT_TRUE(Game.ConnectTo(Server));
     Game.Disconnect();
     Game.WaitForEnd();
     Log.Clear();
     EXPECT_EQ(Game.Requests.CS_EnterSession(), GS_OK);
     EXPECT_TRUE(Logged("Send Error!!!\r\n"));
+    EXPECT_FALSE(Game.Requests.Send(packet));
 }
 
 TEST_F(Connection, RepliesComeWhilePushedMessagesKeepTheirOrder)

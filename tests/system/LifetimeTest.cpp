@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -67,7 +68,7 @@ TEST_F(Lifetime, AnOldRequestLeavesTheNextConnectionAlone)
         unsigned long result = 0;
         EXPECT_EQ(game.Requests.CS_CancelDeleteAvatar(1, result), GS_REPLY_ERROR);
     });
-    Until("the request waits", [&] { return game.Requests.GetPendingCount() == 1; });
+    Until("the request waits", [&] { return game.GetStatistics().RequestsInFlight == 1; });
     Peer next;
     ASSERT_TRUE(game.ConnectTo(next));
     asking.join();
@@ -374,6 +375,13 @@ TEST_F(Lifetime, TellsWhyItEnded)
     EXPECT_EQ(game.GetEndError(), 10054U);
 }
 
+unsigned long long Microseconds()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<unsigned long long>(
+        std::chrono::duration_cast<std::chrono::microseconds>(now).count());
+}
+
 TEST_F(Lifetime, StatisticsAreThoseOfTheConnection)
 {
     GameClient game;
@@ -392,7 +400,14 @@ TEST_F(Lifetime, StatisticsAreThoseOfTheConnection)
             }
         });
         unsigned long result = 0;
-        for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(game.GetStatistics().Replies, 0U) << "of the one before";
+        const unsigned long long begun = Microseconds();
+        EXPECT_EQ(game.Requests.CS_CancelDeleteAvatar(1, result), GS_OK);
+        const CNTStatistics first = game.GetStatistics();
+        EXPECT_LE(first.LastReplyTime, static_cast<double>(Microseconds() - begun) / 1000);
+        EXPECT_EQ(first.LongestReplyTime, first.LastReplyTime);
+        EXPECT_EQ(first.AverageReplyTime, first.LastReplyTime);
+        for (int i = 1; i < 3; ++i)
             EXPECT_EQ(game.Requests.CS_CancelDeleteAvatar(1, result), GS_OK);
         answering.join();
         const CNTStatistics seen = game.GetStatistics();

@@ -60,6 +60,7 @@ TEST_F(Outbox, IsBoundedAndKeepsTheOrderWhenThePeerDoesNotRead)
     const unsigned taken = Fill();
     EXPECT_LE(Game.GetUnsentBytes(), 40 * PacketBytes);
     EXPECT_GT(Game.GetUnsentBytes(), 39 * PacketBytes);
+    EXPECT_GT(Game.GetStatistics().UnsentBytes, 39 * PacketBytes);
     EXPECT_EQ(Game.GetEndReason(), END_OUTBOX_FULL);
     EXPECT_TRUE(Game.IsConnected()) << "what it means is decided by whoever sends";
 

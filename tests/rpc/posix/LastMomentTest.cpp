@@ -52,6 +52,17 @@ bool ReplyMeetsTheEnd(unsigned long milliseconds)
     return hasMet;
 }
 
+TEST(LastMoment, TheTimeOfARequestCountsFromItsRegistration)
+{
+    constexpr unsigned long FiftyDays = 0xFFFFFFFE;
+    Patient proxy;
+    proxy.SetReplyTimeLimit(FiftyDays);
+    const std::unique_ptr<CNestedReply> record(proxy.PreNestedRequestReply());
+    record->Began -= FiftyDays * 1000ULL;
+    EXPECT_FALSE(proxy.WaitForNestedRequestReply(record.get()));
+    EXPECT_EQ(proxy.Errors, 1);
+}
+
 TEST(LastMoment, AReplyThatComesAsItsTimeEndsIsTaken)
 {
     // A machine that stands still may let the time pass before the scene is set.
