@@ -471,6 +471,7 @@ TEST_F(Connection, AFailedRequestIsLoggedAndStillHandedOver)
     EXPECT_FALSE(unattached.Send(packet));
     EXPECT_TRUE(CNTProxy().Send(packet));
     ASSERT_TRUE(Game.ConnectTo(Server));
+    EXPECT_TRUE(Game.Requests.Send(packet));
     Game.Disconnect();
     Game.WaitForEnd();
     Log.Clear();

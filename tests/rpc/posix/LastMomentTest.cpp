@@ -1,3 +1,4 @@
+#include "KesraNTC/base/CDebug.h"
 #include "KesraNTC/platform/private/EventHandle.h"
 #include "KesraNTC/rpc/CNTProxy.h"
 #include "tests/support/Until.h"
@@ -7,6 +8,7 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
 #include <thread>
 
 using namespace Kesra;
@@ -59,8 +61,26 @@ TEST(LastMoment, TheTimeOfARequestCountsFromItsRegistration)
     proxy.SetReplyTimeLimit(FiftyDays);
     const std::unique_ptr<CNestedReply> record(proxy.PreNestedRequestReply());
     record->Began -= FiftyDays * 1000ULL;
+    std::string traced;
+    CDebug::SetTraceHook([](void* text, const char* message) { *static_cast<std::string*>(text) = message; },
+                         &traced);
     EXPECT_FALSE(proxy.WaitForNestedRequestReply(record.get()));
+    CDebug::SetTraceHook(nullptr, nullptr);
+    EXPECT_EQ(traced, "Reply Error!!!\n");
     EXPECT_EQ(proxy.Errors, 1);
+}
+
+TEST(LastMoment, ARequesterThatLooksLateLeavesTheNextOfItsSerialAlone)
+{
+    Patient proxy;
+    const std::unique_ptr<CNestedReply> first(proxy.PreNestedRequestReply());
+    EXPECT_TRUE(proxy.DeliverReply(first->Serial, CNTPacket()));
+    proxy.NextSerial = first->Serial;
+    const std::unique_ptr<CNestedReply> next(proxy.PreNestedRequestReply());
+    ASSERT_EQ(next->Serial, first->Serial);
+    EXPECT_TRUE(proxy.WaitForNestedRequestReply(first.get()));
+    EXPECT_EQ(proxy.GetPendingCount(), 1);
+    EXPECT_TRUE(proxy.DeliverReply(next->Serial, CNTPacket()));
 }
 
 TEST(LastMoment, AReplyThatComesAsItsTimeEndsIsTaken)
