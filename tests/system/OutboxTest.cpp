@@ -13,6 +13,7 @@
 #include <thread>
 
 using namespace Kesra;
+using Test::Await;
 using Test::BytesOf;
 using Test::Chat;
 using Test::GameClient;
@@ -59,6 +60,7 @@ TEST_F(Outbox, IsBoundedAndKeepsTheOrderWhenThePeerDoesNotRead)
     const unsigned taken = Fill();
     EXPECT_LE(Game.GetUnsentBytes(), 40 * PacketBytes);
     EXPECT_GT(Game.GetUnsentBytes(), 39 * PacketBytes);
+    EXPECT_GT(Game.GetStatistics().UnsentBytes, 39 * PacketBytes);
     EXPECT_EQ(Game.GetEndReason(), END_OUTBOX_FULL);
     EXPECT_TRUE(Game.IsConnected()) << "what it means is decided by whoever sends";
 
@@ -127,11 +129,11 @@ TEST_F(Outbox, IsEmptiedByWhoeverSendsOrAsks)
     EventHandle mayLeave{EventHandle::AutoReset};
     Game.Stub.OnChat = [&] {
         isInside.Set();
-        mayLeave.Wait();
+        Await("it may leave", mayLeave);
     };
     Game.ProcessOnRecvThread = true;
     Server.Send(BytesOf(Chat("stay")));
-    ASSERT_TRUE(isInside.Wait(60000));
+    ASSERT_TRUE(Await("the handler is entered", isInside));
     Game.SetOutboxLimit(30 * PacketBytes);
     const unsigned taken = Fill();
     std::thread reading([&] { ExpectFilled(taken); });

@@ -49,3 +49,5 @@ public:
 /// Calls in which threads wait for descriptors, and calls of `recv` that may wait, of the whole process.
 extern std::atomic<int> WaitingPolls;
 extern std::atomic<int> BlockingReceives;
+/// Bytes of the pages that the library has taken from the system and not given back.
+extern std::atomic<long> MappedBytes;

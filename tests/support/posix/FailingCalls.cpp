@@ -1,4 +1,4 @@
-#include "tests/platform/posix/FailingCalls.h"
+#include "tests/support/posix/FailingCalls.h"
 
 #include <array>
 #include <cerrno>
@@ -15,6 +15,7 @@
 
 std::atomic<int> WaitingPolls{0};
 std::atomic<int> BlockingReceives{0};
+std::atomic<long> MappedBytes{0};
 
 namespace
 {
@@ -142,8 +143,19 @@ void* mmap(void* address, size_t size, int protection, int flags, int file, off_
 {
     static const auto next =
         Next(static_cast<void* (*)(void*, size_t, int, int, int, off_t)>(nullptr), "mmap");
-    return FailsWithErrno(SystemCall::MapMemory) ? MAP_FAILED
-                                                 : next(address, size, protection, flags, file, offset);
+    if (FailsWithErrno(SystemCall::MapMemory))
+        return MAP_FAILED;
+    void* const pages = next(address, size, protection, flags, file, offset);
+    MappedBytes += pages != MAP_FAILED ? static_cast<long>(size) : 0;
+    return pages;
+}
+
+int munmap(void* address, size_t size) noexcept
+{
+    static const auto next = Next(static_cast<int (*)(void*, size_t)>(nullptr), "munmap");
+    const int result = next(address, size);
+    MappedBytes -= result == 0 ? static_cast<long>(size) : 0;
+    return result;
 }
 
 int pthread_attr_setdetachstate(pthread_attr_t* attributes, int state) noexcept
