@@ -28,20 +28,20 @@ int SystemOption(SOCKET socket, int level, int option)
 TEST_F(FailuresTest, AnInterruptedConnectGoesOnToItsEnd)
 {
     {
-        const InterruptedConnect interrupted;
+        const Failing interrupted(SystemCall::Connect, EINTR);
         const Failing again(SystemCall::Poll, EINTR, 3);
         EXPECT_EQ(0, Server.Connect(Client));
         EXPECT_EQ(3, again.GetFailures());
     }
     EXPECT_EQ(4, send(Client, "data", 4, 0));
     {
-        const InterruptedConnect interrupted;
+        const Failing interrupted(SystemCall::Connect, EINTR);
         const Failing poll(SystemCall::Poll, ENOMEM);
         const TestSocket socket;
         EXPECT_EQ(SOCKET_ERROR, Server.Connect(socket));
         EXPECT_EQ(WSAENOBUFS, WSAGetLastError());
     }
-    const InterruptedConnect interrupted;
+    const Failing interrupted(SystemCall::Connect, EINTR);
     const TestSocket socket;
     const Failing option(SystemCall::GetSocketOption, ENOBUFS);
     EXPECT_EQ(SOCKET_ERROR, Server.Connect(socket));
