@@ -165,6 +165,24 @@ TEST_F(FailuresTest, AWaitNeedsNoMemory)
     fresh.join();
 }
 
+/// The lowest number that a new descriptor would get.
+int NextDescriptor()
+{
+    const int next = dup(0);
+    close(next);
+    return next;
+}
+
+TEST_F(FailuresTest, AFileWithoutAnObjectIsClosedAgain)
+{
+    const int next = NextDescriptor();
+    const Failing memory(SystemCall::NewWithoutThrow, ENOMEM);
+    EXPECT_EQ(INVALID_HANDLE_VALUE, CreateFileA("/dev/null", GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                                OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr));
+    EXPECT_EQ(ERROR_NOT_ENOUGH_MEMORY, GetLastError());
+    EXPECT_EQ(next, NextDescriptor());
+}
+
 TEST_F(FailuresTest, KeepAliveTimesAreWholeSecondsOfTheSystem)
 {
     const auto set = [&](tcp_keepalive values) {
