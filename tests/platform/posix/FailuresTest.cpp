@@ -183,6 +183,38 @@ TEST_F(FailuresTest, AFileWithoutAnObjectIsClosedAgain)
     EXPECT_EQ(next, NextDescriptor());
 }
 
+/// In a process of its own: what is made at the first use lasts.
+TEST_F(FailuresTest, WhatCannotBeMadeAtTheFirstUseIsMadeLater)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto tryIt = [this] {
+        const auto wide = [] {
+            WCHAR character = 0;
+            MultiByteToWideChar(949, 0, "\xB0\xA1", 2, &character, 1);
+            return character;
+        };
+        Connect();
+        const int next = NextDescriptor();
+        std::thread([&] {
+            const Failing converter(SystemCall::OpenConverter, EMFILE);
+            const Failing key(SystemCall::CreateKey, EAGAIN);
+            EXPECT_EQ(u'?', wide());
+            EXPECT_EQ(nullptr, gethostbyname("localhost"));
+            char data[4];
+            Operation read;
+            ASSERT_EQ(WSA_IO_PENDING, read.Receive(Client, data, 4));
+            EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(read.Event(), 1));
+            PeerSends("data");
+            EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(read.Event(), Limit));
+        }).join();
+        EXPECT_EQ(next, NextDescriptor());
+        EXPECT_EQ(0xAC00, wide());
+        EXPECT_NE(nullptr, gethostbyname("localhost"));
+        std::_Exit(HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(tryIt(), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(FailuresTest, KeepAliveTimesAreWholeSecondsOfTheSystem)
 {
     const auto set = [&](tcp_keepalive values) {
