@@ -49,16 +49,18 @@ long StacksKiB()
     return sum;
 }
 
-/// Resident memory in KiB: all of it, and what of it thread stacks hold. The system's page tables come on
-/// top.
+/// Resident memory in KiB: all of it, what of it belongs to this process alone (the rest is code, which every
+/// process shares), and what thread stacks hold. The system's page tables come on top.
 struct Resident {
     double All = static_cast<double>(StatusValue("/proc/self/smaps_rollup", "Rss:"));
+    double Own = static_cast<double>(StatusValue("/proc/self/smaps_rollup", "Private_Dirty:"));
     double Stacks = static_cast<double>(StacksKiB());
     double PageTables = static_cast<double>(StatusValue("/proc/self/status", "VmPTE:"));
 
     void Report(const std::string& name, const Resident& before, double connections) const
     {
         Bench::Figure(name + ".kib", (All - before.All) / connections);
+        Bench::Figure(name + ".own_kib", (Own - before.Own) / connections);
         Bench::Figure(name + ".stack_kib", (Stacks - before.Stacks) / connections);
         Bench::Figure(name + ".page_tables_kib", (PageTables - before.PageTables) / connections);
     }
@@ -170,6 +172,8 @@ int main(int argc, char** argv)
         sizes.push_back(std::atol(argv[i]));
     for (const Case& one : Cases)
         if (argc > 1 && std::strcmp(argv[1], one.Name) == 0) {
+            // What looking itself needs is there from now on.
+            Resident();
             one.Measure(listener, sizes);
             return 0;
         }

@@ -57,7 +57,7 @@ ROWS = [
     Row("the same after 200 packets", "-", "memory.after_200.kib", None, 64, 32, "KiB"),
     Row("a connection after two floods of 200000", "the same, just connected",
         "memory.after_floods.kib", "memory.before_floods.kib", 2, 1.1),
-    Row("first connection of a process, resident", "-", "memory.first.kib", None, 200, 100, "KiB"),
+    Row("first connection of a process, its own memory", "-", "memory.first.own_kib", None, 200, 100, "KiB"),
     Row("wake-ups of 50 idle connections in 2 s", "-", "idle.wake_ups", None, 0, 0, ""),
     Row("copying a `CString`", "an atomic increment", "string.Copy", "string.BareIncrement", 2, 1.2),
     Row("copying and destroying one", "increment and decrement",

@@ -26,8 +26,8 @@ struct ClientState {
     GuardLock ReceiverLock; ///< guards Receivers and the client's two dates; innermost
     /// The newest connection last; before it those whose threads still run code of the game. Never changed,
     /// only replaced: whoever looks needs no memory.
-    std::shared_ptr<const ReceiverList> Receivers
-        KESRANTC_LOCKING(guarded_by(ReceiverLock)) = std::make_shared<ReceiverList>();
+    std::shared_ptr<const ReceiverList>
+        Receivers KESRANTC_LOCKING(guarded_by(ReceiverLock)) = std::make_shared<ReceiverList>();
 
     bool InDispatch KESRANTC_LOCKING(guarded_by(DispatchRole)) = false;
     std::atomic<unsigned long> SilenceLimit{UsualSilenceLimit};
