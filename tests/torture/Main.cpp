@@ -85,6 +85,7 @@ Totals RunShare(unsigned short port, const std::vector<Case>& cases, unsigned fi
 void AddTotals(Totals& sums, const Totals& part)
 {
     sums.Cases += part.Cases;
+    sums.Hit += part.Hit;
     sums.Faulty += part.Faulty;
     sums.Connections += part.Connections;
     sums.Reconnects += part.Reconnects;
@@ -164,10 +165,11 @@ bool Run(const Options& options)
         failures += each;
     const bool isGood =
         sums.Faulty == 0 && !findings->IsFaulty && isServerAlive && sums.Cases == cases.size();
-    std::printf("torture: %u cases, %llu failed calls of %u functions, %llu connections (%llu reconnects), "
+    std::printf("torture: %u cases, %u of them hit, %llu failed calls of %u functions, %llu connections "
+                "(%llu reconnects), "
                 "%llu pushes and %llu chat lines: %s\n",
-                sums.Cases, failures, functions, sums.Connections, sums.Reconnects, sums.Pushes, sums.Chats,
-                isGood ? "every promise was kept" : "FAILED");
+                sums.Cases, sums.Hit, failures, functions, sums.Connections, sums.Reconnects, sums.Pushes,
+                sums.Chats, isGood ? "every promise was kept" : "FAILED");
     return isGood;
 }
 

@@ -1,5 +1,6 @@
 #include "tests/torture/Runner.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
@@ -134,6 +135,8 @@ void Runner::PlayHere(const Case* tortured)
 void Runner::Add()
 {
     ++Sums.Cases;
+    const auto& failures = Shared->Failures;
+    Sums.Hit += std::any_of(failures.begin(), failures.end(), [](unsigned count) { return count != 0; });
     Sums.Connections += Shared->Connections;
     Sums.Reconnects += Shared->Reconnects;
     Sums.Pushes += Shared->Pushes;

@@ -11,6 +11,7 @@ namespace Torture
 /// What a run of cases came to; plain memory that processes share.
 struct Totals {
     unsigned Cases = 0;
+    unsigned Hit = 0; ///< in which a call has failed
     unsigned Faulty = 0;
     unsigned long long Connections = 0;
     unsigned long long Reconnects = 0;

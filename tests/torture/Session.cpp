@@ -282,8 +282,14 @@ void Session::KeepFile()
                 file.Open("settings");
         });
     Guarded("CFile", true, [&] { file.Write("%s", "what a game keeps"); });
+    char octet = 0;
+    Guarded("CFile", true, [&] { file.Read(&octet, 1); });
     file.Close();
     Guarded("CFile", true, [&] { file.Remove("settings"); });
+    // A log that is full is read.
+    CDebug::SetLogLimit(1);
+    CDebug::AppendDebugMsg("a line too much");
+    CDebug::SetLogLimit(0);
 }
 
 void Session::KeepProperties()
