@@ -97,7 +97,7 @@ TEST_F(OutboxStorage, GoesBackWhenAllIsSentOrDropped)
 {
     const long before = MappedBytes;
     Outbox outbox(Client);
-    for (const std::size_t left : {0, 50000}) {
+    for (const std::size_t left : {std::size_t{0}, std::size_t{50000}}) {
         ASSERT_NO_FATAL_FAILURE(Fill(outbox));
         EXPECT_GE(MappedBytes - before, 2 * BlockBytes);
         ::Test::Until("so much is sent", [&] {
