@@ -66,7 +66,9 @@ TEST_F(Connection, NameThatResolves)
 
 TEST_F(Connection, PushedMessagesWaitForTheGameThread)
 {
+    const COLEDateTime before = COLEDateTime::GetTickCount();
     ASSERT_TRUE(Game.ConnectTo(Server));
+    EXPECT_TRUE(before <= Game.ConnectTime && before <= Game.TrafficTime);
     const std::string bytes = BytesOf(Chat("one")) + BytesOf(Chat("two"));
     Server.Send(bytes);
     Game.WaitForBytes(bytes.size());

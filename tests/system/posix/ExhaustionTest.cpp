@@ -61,7 +61,7 @@ public:
     ~NoMemory() { FailsFrom = ~std::size_t{0}; }
 };
 
-/// The process may take hardly more address space than it has.
+/// The process may take hardly more address space than it has: enough for small things, not for a stack.
 class NoAddressSpace
 {
 public:
@@ -69,7 +69,7 @@ public:
     {
         getrlimit(RLIMIT_AS, &Before);
         rlimit tight = Before;
-        tight.rlim_cur = InUse();
+        tight.rlim_cur = InUse() + (1 << 20);
         setrlimit(RLIMIT_AS, &tight);
     }
     ~NoAddressSpace() { setrlimit(RLIMIT_AS, &Before); }
