@@ -47,7 +47,6 @@ def of_line(line):
 
 
 def of_text(text):
-    """(line number from 1, changed line) for every change of a source."""
-    lines = text.split("\n")
-    return [(number, changed) for number, line in enumerate(lines, 1)
+    """(line number from 1, line, changed line) for every change of a source."""
+    return [(number, line, changed) for number, line in enumerate(text.split("\n"), 1)
             for changed in of_line(line)]
