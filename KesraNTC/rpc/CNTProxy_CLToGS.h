@@ -24,8 +24,9 @@
 /// A send-only request returns GS_OK at once, whatever became of the send; the server answers, if at all,
 /// with pushed messages. A waiting request blocks its thread until the reply with its serial is in, at most
 /// 20000 ms. It returns GS_OK with its out-parameters filled, the server's verdict in `result`; or
-/// GS_REPLY_ERROR with `result` 3 and the others untouched. A failed send and a missing reply disconnect the
-/// client. A waiting request waits its whole time even when its send failed or the connection ends meanwhile.
+/// GS_REPLY_ERROR with `result` 3 and the others untouched; `result` stays, too, when there is no memory for
+/// the request. A failed send and a missing reply end the connection that the request was made on. A waiting
+/// request waits its whole time even when its send failed or the connection ends meanwhile.
 ///
 /// Requests may be made from any thread, the send-only ones inside handlers too. The reply to a waiting one
 /// could not be dispatched before the handler has returned; nor is there anybody to dispatch it on the
