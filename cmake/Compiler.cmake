@@ -23,6 +23,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
     add_compile_options(-Wno-array-bounds -Wno-stringop-overflow)
   endif()
 endif()
+if(PROJECT_IS_TOP_LEVEL AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+  # Whoever touches what a lock guards holds it (KesraNTC/platform/private/Locking.h).
+  add_compile_options(-Wthread-safety -Wthread-safety-beta -Werror=thread-safety)
+endif()
 if(KESRANTC_WARNINGS_AS_ERRORS)
   add_compile_options(-Werror)
 endif()

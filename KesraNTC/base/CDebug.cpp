@@ -4,6 +4,7 @@
 
 #include "KesraNTC/base/private/BoundedFormat.h"
 #include "KesraNTC/base/private/Korean.h"
+#include "KesraNTC/base/private/Mutex.h"
 #include "KesraNTC/platform/Platform.h"
 
 #include <atomic>
@@ -11,7 +12,6 @@
 #include <cstdarg>
 #include <cstring>
 #include <ctime>
-#include <mutex>
 #include <thread>
 
 using namespace Kesra;
@@ -77,10 +77,10 @@ private:
 
 // Guards the file and what stands here; besides, appends of two streams at once may overwrite each other on
 // Windows.
-std::mutex DiskFileLock;
-unsigned long long LogLimit = UsualLogLimit;
+Mutex DiskFileLock;
+unsigned long long LogLimit KESRANTC_LOCKING(guarded_by(DiskFileLock)) = UsualLogLimit;
 // The second in which the log was last found full. Nobody waits for the disk to learn that it still is.
-std::time_t LogFullAt = -1;
+std::time_t LogFullAt KESRANTC_LOCKING(guarded_by(DiskFileLock)) = -1;
 
 void NameFile(char (&name)[FileNameRoom], std::time_t now)
 {
@@ -100,6 +100,7 @@ std::FILE* OpenToAppend(const char* name)
 
 /// Whether the log, whose end the file stands at, takes the line; if not, says so at its end, once.
 bool HasRoomFor(const FileLine& line, std::FILE* file, const char* name)
+    KESRANTC_LOCKING(requires_capability(DiskFileLock))
 {
     const auto size = static_cast<unsigned long long>(ftello64(file));
     // So far from the limit nothing has been refused.
@@ -135,13 +136,15 @@ public:
 
     void Set(CDebug::Hook hook, void* context, CDebug::HookPlace place)
     {
-        std::unique_lock<std::mutex> setting(Lock);
+        const LockGuard setting(Lock);
         const unsigned long long number = ++LastNumber;
         Current = {hook, context, place, number};
         Present = hook != nullptr;
         // Two hooks that set each other would wait for each other, and a hook for itself.
-        if (!IsCalling(nullptr))
-            CallEnded.wait(setting, [this, number] { return !IsCalledSinceBefore(number); });
+        if (IsCalling(nullptr))
+            return;
+        while (IsCalledSinceBefore(number))
+            Lock.Wait(CallEnded);
     }
 
     /// Passes a message to the hook, unless the thread is inside it. Tells whether that was all to be done.
@@ -159,26 +162,30 @@ public:
 private:
     /// A call, listed while it lives; its setting is empty when there is nothing to call.
     struct Running {
-        explicit Running(const HookSlot& slot) : Slot(&slot)
-        {
-            const std::lock_guard<std::mutex> beginning(Lock);
-            if (!slot.IsCalling(&slot))
-                Setting = slot.Current;
-            Next = First;
-            First = this;
-        }
+        explicit Running(const HookSlot& slot) : Slot(&slot) { Begin(); }
         Running(const Running&) = delete;
         Running& operator=(const Running&) = delete;
         ~Running()
         {
-            {
-                const std::lock_guard<std::mutex> ending(Lock);
-                Running** link = &First;
-                while (*link != this)
-                    link = &(*link)->Next;
-                *link = Next;
-            }
+            End();
             CallEnded.notify_all();
+        }
+
+        void Begin()
+        {
+            const LockGuard beginning(Lock);
+            if (!HookSlot::IsCalling(Slot))
+                Setting = Slot->Current;
+            Next = First;
+            First = this;
+        }
+        void End()
+        {
+            const LockGuard ending(Lock);
+            Running** link = &First;
+            while (*link != this)
+                link = &(*link)->Next;
+            *link = Next;
         }
 
         const HookSlot* Slot;
@@ -188,7 +195,7 @@ private:
     };
 
     /// Whether this thread is inside the hook of a slot, or inside any.
-    static bool IsCalling(const HookSlot* slot)
+    static bool IsCalling(const HookSlot* slot) KESRANTC_LOCKING(requires_capability(Lock))
     {
         for (const Running* call = First; call != nullptr; call = call->Next)
             if (call->Thread == std::this_thread::get_id() && (slot == nullptr || call->Slot == slot))
@@ -196,7 +203,7 @@ private:
         return false;
     }
 
-    bool IsCalledSinceBefore(unsigned long long number) const
+    bool IsCalledSinceBefore(unsigned long long number) const KESRANTC_LOCKING(requires_capability(Lock))
     {
         for (const Running* call = First; call != nullptr; call = call->Next)
             if (call->Slot == this && call->Setting.Hook != nullptr && call->Setting.Number < number)
@@ -204,16 +211,16 @@ private:
         return false;
     }
 
-    static std::mutex Lock; // guards all that follows but Present
+    static Mutex Lock;
     static std::condition_variable CallEnded;
-    static Running* First;
-    static unsigned long long LastNumber;
+    static Running* First KESRANTC_LOCKING(guarded_by(Lock));
+    static unsigned long long LastNumber KESRANTC_LOCKING(guarded_by(Lock));
 
     std::atomic<bool> Present{false};
-    HookSetting Current;
+    HookSetting Current KESRANTC_LOCKING(guarded_by(Lock));
 };
 
-std::mutex HookSlot::Lock;
+Mutex HookSlot::Lock;
 std::condition_variable HookSlot::CallEnded;
 HookSlot::Running* HookSlot::First = nullptr;
 unsigned long long HookSlot::LastNumber = 0;
@@ -252,7 +259,7 @@ void Kesra::PassToTraceHook(const char* format, std::va_list arguments)
 
 void CDebug::SetLogLimit(unsigned long long bytes)
 {
-    const std::lock_guard<std::mutex> setting(DiskFileLock);
+    const LockGuard setting(DiskFileLock);
     LogLimit = bytes;
     LogFullAt = -1;
 }
@@ -270,7 +277,7 @@ void CDebug::SetTraceHook(Hook hook, void* context)
 void CDebug::AppendLine(const char* message)
 {
     const FileLine line(message);
-    const std::lock_guard<std::mutex> writing(DiskFileLock);
+    const LockGuard writing(DiskFileLock);
     const std::time_t now = std::time(nullptr);
     if (now == LogFullAt)
         return;

@@ -97,7 +97,7 @@ void CNTBaseClient::SetServerPort(unsigned long port)
 
 unsigned long CNTBaseClient::ProcessQueuedMessageFromServer()
 {
-    const Locked dispatching(Lock);
+    const Held dispatching(Lock, DispatchRole);
     if (State->InDispatch)
         return 0;
     const DispatchMark mark(*State);
@@ -129,7 +129,7 @@ unsigned long CNTBaseClient::SendToServer(CNTPacket& packet)
 
 std::shared_ptr<ClientConnection> CNTBaseClient::NewestConnection()
 {
-    const Locked reading(Io->SendLock);
+    const Held reading(Io->SendLock, SendRole);
     return Io->Current;
 }
 
@@ -167,7 +167,7 @@ void CNTBaseClient::UpdateFrame()
 void CNTBaseClient::CheckTraffic()
 {
     const COLEDateTime now = COLEDateTime::GetTickCount();
-    const Locked dating(State->ReceiverLock);
+    const Held dating(State->ReceiverLock);
     if ((now - TrafficTime).GetTotalSeconds() < TrafficPeriodSeconds)
         return;
     TRACE("5초 송신량 : %d       수신량 : %d\n"_949, static_cast<int>(GetSendBytes()),

@@ -142,8 +142,8 @@ public:
     unsigned int NetTime;     ///< see GetNetTime
     unsigned int ServerTime;  ///< the server time of the last clock message, in milliseconds
     unsigned int Latency;     ///< see GetLatency
-    COLEDateTime ConnectTime; ///< local time of the last successful connect, under QueueLock
-    COLEDateTime TrafficTime; ///< local time of the last reset of the traffic counters, under QueueLock
+    COLEDateTime ConnectTime; ///< local time of the last successful connect
+    COLEDateTime TrafficTime; ///< local time of the last reset of the traffic counters
 
 protected:
     /// What the destructor does, to be called first in the destructor of a derived class. The client does not
@@ -176,9 +176,9 @@ private:
     void ApplyOptionsToOwnSocket();
 
     void ReceiveLoop(Kesra::ClientConnection& connection);
-    bool TakeRead(Kesra::ClientConnection& connection, CNTPacket& packet);
-    bool Collect(Kesra::ClientConnection& connection, CNTPacket& packet, unsigned long received,
-                 bool& isComplete);
+    bool TakeRead(Kesra::ClientConnection& connection);
+    bool Collect(Kesra::ClientConnection& connection, unsigned long received, bool& isComplete);
+    void QueueCollected();
     bool TakeAhead(Kesra::ClientConnection& connection);
     static DWORD TakeWholePackets(void* context, const char* data, DWORD size);
     bool WaitForRoom(Kesra::ClientConnection& connection);

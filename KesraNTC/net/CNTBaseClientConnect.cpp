@@ -67,7 +67,7 @@ bool CNTBaseClient::ConnectToServer()
 {
     // As soon as the first read is under way, or while others have their turn, the client may be deleted.
     const std::shared_ptr<ClientState> state = State;
-    const Locked connecting(state->ConnectLock);
+    const Held connecting(state->ConnectLock);
     // In this order: whoever destroys the client says so before it ends the connect in progress.
     state->Abort.Reset();
     if (state->IsStopping || IsConnectingRefused())
@@ -121,7 +121,7 @@ bool CNTBaseClient::BeginConnecting(std::shared_ptr<ClientConnection>& connectio
     }
     CDebug::AppendDebugMsg("ConnectToServer() : Success\n");
     {
-        const Locked dating(State->ReceiverLock);
+        const Held dating(State->ReceiverLock);
         ConnectTime = TrafficTime = COLEDateTime::GetTickCount();
     }
     StartReceiver(*connection);
@@ -184,7 +184,7 @@ std::shared_ptr<ClientConnection> CNTBaseClient::Publish(SOCKET socket)
 {
     SetNonBlocking(socket);
     ApplyOptions(socket);
-    const Locked replacing(Io->CloseLock);
+    const Held replacing(Io->CloseLock);
     if (State->Abort.Wait(0)) {
         LogConnectError(WSAEINTR);
         return nullptr;
@@ -217,7 +217,7 @@ void CNTBaseClient::StartReceiver(ClientConnection& connection)
 
 std::shared_ptr<ClientConnection> CNTBaseClient::AddReceiver()
 {
-    const Locked replacing(Io->CloseLock);
+    const Held replacing(Io->CloseLock);
     const SOCKET socket = static_cast<SOCKET>(GetSocket());
     SetNonBlocking(socket);
     auto connection = std::make_shared<ClientConnection>(Io->Generation, socket, false);
@@ -230,7 +230,7 @@ std::shared_ptr<ClientConnection> CNTBaseClient::AddReceiver()
 void CNTBaseClient::AddReceiver(const std::shared_ptr<ClientConnection>& connection)
 {
     State->AddReceiver(connection);
-    const Locked sending(Io->SendLock);
+    const Held sending(Io->SendLock, SendRole);
     Io->Current = connection;
 }
 
@@ -258,14 +258,14 @@ void CNTBaseClient::Disconnect()
 
 void CNTBaseClient::AbortConnecting()
 {
-    const Locked aborting(Io->CloseLock);
+    const Held aborting(Io->CloseLock);
     State->Abort.Set();
 }
 
 void CNTBaseClient::CloseConnection(unsigned long long generation)
 {
     const std::shared_ptr<IoState> io = Io;
-    const Locked closing(io->CloseLock);
+    const Held closing(io->CloseLock);
     if (io->Generation == generation)
         Close();
 }
@@ -279,7 +279,7 @@ void CNTBaseClient::StopReceiving()
     do {
         // Whoever is inside ConnectToServer leaves first, and nobody enters any more.
         {
-            const Locked connecting(State->ConnectLock);
+            const Held connecting(State->ConnectLock);
         }
         stopped = State->GetReceivers();
         for (const auto& connection : *stopped)

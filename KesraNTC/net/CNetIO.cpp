@@ -123,13 +123,13 @@ void CNetIO::Close()
         CloseSocket(std::exchange(Socket, INVALID_SOCKET));
         return;
     }
-    const Locked closing(io->CloseLock);
+    const Held closing(io->CloseLock);
     const SOCKET socket = Shared(Socket).exchange(INVALID_SOCKET);
     if (socket == INVALID_SOCKET)
         return;
     std::shared_ptr<ClientConnection> closed;
     {
-        const Locked sending(io->SendLock);
+        const Held sending(io->SendLock, SendRole);
         if (io->Current != nullptr && io->Current->Socket == socket)
             closed = io->Current;
     }
@@ -139,7 +139,7 @@ void CNetIO::Close()
     if (closed == nullptr)
         return;
     {
-        const Locked sending(io->SendLock);
+        const Held sending(io->SendLock, SendRole);
         closed->Out.Drop();
     }
     // Wherever the receive thread waits, and whether or not the system tells it.
@@ -163,7 +163,7 @@ void CNetIO::SetSocket(unsigned int socket)
         Socket = static_cast<SOCKET>(socket);
         return;
     }
-    const Locked replacing(Io->CloseLock);
+    const Held replacing(Io->CloseLock);
     ++Io->Generation;
     Shared(Socket).store(static_cast<SOCKET>(socket));
 }
@@ -243,7 +243,7 @@ unsigned long CNetIO::SendPacket(char* data, unsigned long len)
     }
     if (Io == nullptr)
         return SendBare(data, len);
-    const Locked sending(Io->SendLock);
+    const Held sending(Io->SendLock, SendRole);
     const DisconnectScope* scope = DisconnectScope::Find(Io.get(), DisconnectScope::Request);
     if (scope != nullptr && scope->GetGeneration() != Io->Generation)
         return SendFailed;
@@ -267,6 +267,7 @@ unsigned long CNetIO::SendBare(char* data, unsigned long len)
 }
 
 unsigned long CNetIO::SendThrough(ClientConnection& connection, const char* data, unsigned long len)
+    KESRANTC_LOCKING(requires_capability(SendRole))
 {
     SendProgress progress;
     const bool isTaken = connection.Out.Send(data, len, Io->OutboxLimit, progress);
@@ -286,9 +287,9 @@ unsigned long CNetIO::SendThrough(ClientConnection& connection, const char* data
 
 bool CNetIO::AdvanceSends(ClientConnection& connection, int& error)
 {
-    const Locked sending(Io->SendLock);
+    const Held sending(Io->SendLock, SendRole);
     SendProgress progress;
-    const bool isGoing = connection.Out.Advance(progress);
+    const bool isGoing = connection.Out.Advance(progress, true);
     CountSent(connection, progress.Sent);
     error = progress.Error;
     return isGoing;
@@ -304,8 +305,17 @@ unsigned long CNetIO::GetUnsentBytes()
 {
     if (Io == nullptr)
         return 0;
-    const Locked sending(Io->SendLock);
-    return Io->Current != nullptr ? static_cast<unsigned long>(Io->Current->Out.GetUnsent()) : 0;
+    const Held sending(Io->SendLock, SendRole);
+    ClientConnection* connection = Io->Current.get();
+    if (connection == nullptr)
+        return 0;
+    // Whoever waits here for the outbox to empty may be a handler on the receive thread.
+    if (connection->Out.IsBusy() && connection->Socket == Shared(Socket).load()) {
+        SendProgress progress;
+        connection->Out.Advance(progress, false);
+        CountSent(*connection, progress.Sent);
+    }
+    return static_cast<unsigned long>(connection->Out.GetUnsent());
 }
 
 void CNetIO::SetOutboxLimit(unsigned long bytes)

@@ -85,7 +85,7 @@ CNTStatistics CNTBaseClient::GetStatistics()
     if (Proxy == nullptr)
         return statistics;
     statistics.RequestsInFlight = static_cast<unsigned long>(Proxy->GetPendingCount());
-    const Locked reading(Proxy->Lock);
+    const Held reading(Proxy->Lock, ProxyRole);
     const ProxyState& replies = *Proxy->State;
     if (replies.Replies == 0 || connection == nullptr || replies.RepliesOf != connection->Generation)
         return statistics;

@@ -87,15 +87,16 @@ bool CNTProxy::Register(CNestedReply& record)
     const auto after = [](short serial) {
         return serial < LastSerial ? static_cast<short>(serial + 1) : static_cast<short>(1);
     };
-    const Locked registering(Lock);
+    const Held registering(Lock, ProxyRole);
+    auto& pending = ProxyState::TableOf(*this);
     short serial = NextSerial;
-    for (int tried = 0; Pending.count(serial) != 0; serial = after(serial))
+    for (int tried = 0; pending.count(serial) != 0; serial = after(serial))
         if (++tried == LastSerial)
             return false;
-    Pending.emplace(serial, &record);
+    pending.emplace(serial, &record);
     record.Serial = serial;
     NextSerial = after(serial);
-    PendingCount.store(static_cast<int>(Pending.size()));
+    PendingCount.store(static_cast<int>(pending.size()));
     return true;
 }
 
@@ -126,16 +127,17 @@ bool CNTProxy::DeliverReply(short serial, const CNTPacket& reply)
 {
     HANDLE event = nullptr;
     {
-        const Locked delivering(Lock);
-        const auto found = Pending.find(serial);
-        if (found == Pending.end())
+        const Held delivering(Lock, ProxyRole);
+        auto& pending = ProxyState::TableOf(*this);
+        const auto found = pending.find(serial);
+        if (found == pending.end())
             return false;
         found->second->Reply = reply;
         found->second->Delivered = true;
         NoteReply(*found->second);
         event = found->second->Event;
-        Pending.erase(found);
-        PendingCount.store(static_cast<int>(Pending.size()), std::memory_order_release);
+        pending.erase(found);
+        PendingCount.store(static_cast<int>(pending.size()), std::memory_order_release);
     }
     // Outside the lock: the requester runs at once and would only meet it again.
     SetEvent(event);
@@ -144,16 +146,17 @@ bool CNTProxy::DeliverReply(short serial, const CNTPacket& reply)
 
 bool CNTProxy::Unregister(const CNestedReply& record)
 {
-    const Locked unregistering(Lock);
-    const auto found = Pending.find(record.Serial);
-    if (found != Pending.end() && found->second == &record) {
-        Pending.erase(found);
-        PendingCount.store(static_cast<int>(Pending.size()), std::memory_order_release);
+    const Held unregistering(Lock, ProxyRole);
+    auto& pending = ProxyState::TableOf(*this);
+    const auto found = pending.find(record.Serial);
+    if (found != pending.end() && found->second == &record) {
+        pending.erase(found);
+        PendingCount.store(static_cast<int>(pending.size()), std::memory_order_release);
     }
     return record.Delivered;
 }
 
-void CNTProxy::NoteReply(const CNestedReply& record)
+void CNTProxy::NoteReply(const CNestedReply& record) KESRANTC_LOCKING(requires_capability(ProxyRole))
 {
     ProxyState& state = *State;
     if (state.RepliesOf != record.Generation) {

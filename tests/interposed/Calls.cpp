@@ -67,6 +67,8 @@ int ResolverError(int error)
 
 } // namespace
 
+std::atomic<long> Interposed::MappedBytes{0};
+
 extern "C" {
 
 int socket(int family, int type, int protocol) noexcept
@@ -263,15 +265,21 @@ int nanosleep(const timespec* time, timespec* left)
 void* mmap(void* address, size_t size, int protection, int flags, int file, off_t offset) noexcept
 {
     static constinit Next<void*(void*, size_t, int, int, int, off_t)> next("mmap");
-    return Fails(Call::MapMemory, __builtin_return_address(0))
-               ? MAP_FAILED
-               : next(address, size, protection, flags, file, offset);
+    if (Fails(Call::MapMemory, __builtin_return_address(0)))
+        return MAP_FAILED;
+    void* const pages = next(address, size, protection, flags, file, offset);
+    Interposed::MappedBytes += pages != MAP_FAILED ? static_cast<long>(size) : 0;
+    return pages;
 }
 
 int munmap(void* address, size_t size) noexcept
 {
     static constinit Next<int(void*, size_t)> next("munmap");
-    return Fails(Call::UnmapMemory, __builtin_return_address(0)) ? -1 : next(address, size);
+    if (Fails(Call::UnmapMemory, __builtin_return_address(0)))
+        return -1;
+    const int result = next(address, size);
+    Interposed::MappedBytes -= result == 0 ? static_cast<long>(size) : 0;
+    return result;
 }
 
 int madvise(void* address, size_t size, int advice) noexcept

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <optional>
@@ -66,6 +67,9 @@ enum class Call : unsigned {
 };
 
 constexpr std::size_t CallCount = static_cast<std::size_t>(Call::Count);
+
+/// Bytes of pages that have been taken from the system and not given back.
+extern std::atomic<long> MappedBytes;
 
 // The program says what becomes of each call; `caller` is where it returns to.
 

@@ -1,4 +1,4 @@
-#include "KesraNTC/platform/Platform.h"
+#include "tests/support/Until.h"
 
 #include <array>
 #include <atomic>
@@ -8,6 +8,8 @@
 
 namespace
 {
+
+using ::Test::Limit;
 
 class Event
 {
@@ -94,7 +96,7 @@ TEST(Events, TwoThreadsHandOverThroughAPairOfEvents)
     int value = 0;
     std::thread other([&] {
         for (int i = 0; i < Rounds; ++i) {
-            WaitForSingleObject(ping, INFINITE);
+            ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(ping, Limit));
             ++value;
             SetEvent(pong);
         }
@@ -102,7 +104,7 @@ TEST(Events, TwoThreadsHandOverThroughAPairOfEvents)
     for (int i = 0; i < Rounds; ++i) {
         ++value;
         SetEvent(ping);
-        ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(pong, INFINITE));
+        ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(pong, Limit));
         ASSERT_EQ(2 * i + 2, value);
     }
     other.join();
@@ -119,7 +121,7 @@ TEST(Events, OneSignalReleasesOneOfManySleepersAndManualResetAll)
     for (int i = 0; i < Sleepers; ++i) {
         threads.emplace_back([&] {
             const std::array<HANDLE, 2> events{one, all};
-            if (WaitForMultipleObjects(2, events.data(), FALSE, INFINITE) == WAIT_OBJECT_0) {
+            if (WaitForMultipleObjects(2, events.data(), FALSE, Limit) == WAIT_OBJECT_0) {
                 ++released;
                 SetEvent(done);
             }
@@ -127,7 +129,7 @@ TEST(Events, OneSignalReleasesOneOfManySleepersAndManualResetAll)
     }
     for (int i = 1; i <= Sleepers / 2; ++i) {
         SetEvent(one);
-        WaitForSingleObject(done, INFINITE);
+        ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(done, Limit));
         EXPECT_EQ(i, released);
     }
     SetEvent(all);
@@ -147,7 +149,7 @@ TEST(Events, SeveralSettersOfSeveralEventsLoseNoSignal)
     const auto setter = [](HANDLE event, HANDLE taken) {
         for (int i = 0; i < Rounds; ++i) {
             SetEvent(event);
-            WaitForSingleObject(taken, INFINITE);
+            ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(taken, Limit));
         }
     };
     std::thread one(setter, HANDLE{first}, HANDLE{firstTaken});
@@ -155,7 +157,7 @@ TEST(Events, SeveralSettersOfSeveralEventsLoseNoSignal)
     const std::array<HANDLE, 2> events{first, second};
     std::array<int, 2> seen{};
     while (seen[0] + seen[1] < 2 * Rounds) {
-        const DWORD index = WaitForMultipleObjects(2, events.data(), FALSE, INFINITE) - WAIT_OBJECT_0;
+        const DWORD index = WaitForMultipleObjects(2, events.data(), FALSE, Limit) - WAIT_OBJECT_0;
         ASSERT_LT(index, 2U);
         ++seen[index];
         SetEvent(index == 0 ? firstTaken : secondTaken);
@@ -173,7 +175,7 @@ TEST(Events, AWaiterMayCloseItsEventWhileTheSetterReturns)
     std::atomic<HANDLE> current{nullptr};
     std::thread setter([&] {
         for (int i = 0; i < Rounds; ++i) {
-            WaitForSingleObject(ready, INFINITE);
+            ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(ready, Limit));
             SetEvent(current);
         }
     });
@@ -181,7 +183,7 @@ TEST(Events, AWaiterMayCloseItsEventWhileTheSetterReturns)
         const HANDLE event = CreateEventA(nullptr, i % 2, FALSE, nullptr);
         current = event;
         SetEvent(ready);
-        ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(event, INFINITE));
+        ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(event, Limit));
         ASSERT_TRUE(CloseHandle(event));
     }
     setter.join();

@@ -224,9 +224,12 @@ TEST_F(NetworkEventsTest, ClosingEndsTheAssociationUnderAWaiter)
     EventHandle waiting{EventHandle::AutoReset};
     std::thread waiter([&] {
         const std::array<HANDLE, 2> events{stop.Get(), Event.Get()};
-        do
+        DWORD index = WAIT_OBJECT_0 + 1;
+        while (index == WAIT_OBJECT_0 + 1) {
             waiting.Set();
-        while (WaitForMultipleObjects(2, events.data(), FALSE, INFINITE) != WAIT_OBJECT_0);
+            index = WaitForMultipleObjects(2, events.data(), FALSE, Limit);
+        }
+        EXPECT_EQ(WAIT_OBJECT_0, index);
     });
     EXPECT_TRUE(waiting.Wait(Limit));
     for (int i = 0; i < Rounds && !HasFailure(); ++i) {

@@ -61,8 +61,7 @@ TEST_F(OverlappedTest, AReadWithoutDataStaysPendingUntilThePeerSends)
     ASSERT_EQ(WSA_IO_PENDING, read.Receive(Client, data, 4));
     PeerSends("efgh");
     int result = WSA_IO_INCOMPLETE;
-    while (result == WSA_IO_INCOMPLETE)
-        result = read.Result(Client);
+    ::Test::Until("the read has ended", [&] { return (result = read.Result(Client)) != WSA_IO_INCOMPLETE; });
     EXPECT_EQ(0, result);
     EXPECT_EQ("efgh", std::string(data, read.Transferred));
 }
@@ -208,11 +207,12 @@ TEST_F(OverlappedTest, OneThreadServesBothDirections)
 {
     Connect();
     const std::string text = Pattern(4 * 1024 * 1024);
+    LimitReceiving(*Peer);
     std::thread echo([&] {
         std::vector<char> data(100000);
         for (std::size_t done = 0; done < text.size();) {
             const int count = recv(*Peer, data.data(), static_cast<int>(data.size()), 0);
-            ASSERT_GT(count, 0);
+            ASSERT_GT(count, 0) << "waited for the byte behind " << done;
             ASSERT_EQ(count, send(*Peer, data.data(), count, 0));
             done += static_cast<std::size_t>(count);
         }
@@ -229,7 +229,9 @@ TEST_F(OverlappedTest, OneThreadServesBothDirections)
     ASSERT_TRUE(readOn());
     ASSERT_TRUE(HasBegun(write.Send(Client, text.data(), text.size())));
     while (done < text.size() || sent == 0) {
-        if (WaitForMultipleObjects(2, events.data(), FALSE, INFINITE) != WAIT_OBJECT_0) {
+        const DWORD index = WaitForMultipleObjects(2, events.data(), FALSE, ::Test::Limit);
+        ASSERT_NE(WAIT_TIMEOUT, index) << done << " bytes are back";
+        if (index != WAIT_OBJECT_0) {
             ASSERT_EQ(0, write.Result(Client));
             sent = write.Transferred;
             continue;
@@ -254,7 +256,7 @@ TEST_F(OverlappedTest, AThreadThatWaitsAlreadyCarriesOnAnothersSend)
     ASSERT_EQ(WSA_IO_PENDING, read.Receive(Client, data, 4));
     std::thread waiter([&] {
         const std::array<HANDLE, 2> events{read.Event(), write.Event()};
-        EXPECT_EQ(WAIT_OBJECT_0 + 1, WaitForMultipleObjects(2, events.data(), FALSE, INFINITE));
+        EXPECT_EQ(WAIT_OBJECT_0 + 1, WaitForMultipleObjects(2, events.data(), FALSE, ::Test::Limit));
         EXPECT_EQ(0, write.Result(Client));
         EXPECT_EQ(text.size(), write.Transferred);
     });
@@ -305,7 +307,7 @@ TEST_F(OverlappedTest, TwoThreadsMayWaitForOneEvent)
     char data[1];
     const auto wait = [&] {
         const std::array<HANDLE, 2> events{stop, read.Event()};
-        while (WaitForMultipleObjects(2, events.data(), FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
+        while (WaitForMultipleObjects(2, events.data(), FALSE, ::Test::Limit) == WAIT_OBJECT_0 + 1) {
             EXPECT_EQ(0, read.Result(Client));
             EXPECT_EQ(1U, read.Transferred);
             EXPECT_EQ(static_cast<char>(seen), data[0]);

@@ -39,6 +39,20 @@ TEST(SafeArray, KnowsItsShape)
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
+TEST(SafeArray, TellsWhatItHolds)
+{
+    SAFEARRAYBOUND bounds[] = {{1, 0}};
+    const auto featuresOf = [&bounds](VARTYPE type) {
+        SAFEARRAY* const array = SafeArrayCreate(type, 1, bounds);
+        const int features = array->fFeatures;
+        EXPECT_EQ(S_OK, SafeArrayDestroy(array));
+        return features;
+    };
+    EXPECT_EQ(FADF_HAVEVARTYPE, featuresOf(VT_UI1));
+    EXPECT_EQ(FADF_BSTR | FADF_HAVEVARTYPE, featuresOf(VT_BSTR));
+    EXPECT_EQ(FADF_VARIANT | FADF_HAVEVARTYPE, featuresOf(VT_VARIANT));
+}
+
 TEST(SafeArray, ElementsBeginZeroedAndAreCopied)
 {
     SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 5, 4);

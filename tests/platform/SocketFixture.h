@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KesraNTC/platform/Platform.h"
+#include "tests/support/Until.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -102,7 +102,8 @@ public:
     /// Waits for the event and then takes the outcome, as the receive thread does.
     int Harvest(SOCKET socket)
     {
-        EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(Block.hEvent, INFINITE));
+        EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(Block.hEvent, ::Test::Limit))
+            << "the operation has not ended";
         return Result(socket);
     }
 
@@ -129,11 +130,18 @@ protected:
         ASSERT_EQ(static_cast<int>(text.size()), send(*Peer, text.data(), static_cast<int>(text.size()), 0));
     }
 
+    static void LimitReceiving(SOCKET socket)
+    {
+        ASSERT_EQ(0, setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO,
+                                reinterpret_cast<const char*>(&::Test::Limit), sizeof ::Test::Limit));
+    }
+
     static void ReceiveAll(SOCKET socket, char* data, int size)
     {
+        LimitReceiving(socket);
         for (int done = 0; done < size;) {
             const int count = recv(socket, data + done, size - done, 0);
-            ASSERT_GT(count, 0);
+            ASSERT_GT(count, 0) << "waited for the byte behind " << done;
             done += count;
         }
     }

@@ -1,4 +1,4 @@
-#include "KesraNTC/platform/Platform.h"
+#include "tests/support/Until.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ TEST(Threads, AStartedThreadGetsItsArgumentAndRaisesItself)
 {
     StartedThread started;
     ASSERT_NE(static_cast<std::uintptr_t>(-1), _beginthread(RunStartedThread, 0, &started));
-    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(started.Done, INFINITE));
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(started.Done, ::Test::Limit));
     EXPECT_NE(GetCurrentThreadId(), started.Id);
     EXPECT_TRUE(started.Raised);
 }
@@ -54,7 +54,7 @@ TEST(Threads, EveryThreadHasItsOwnLastError)
     ThreadWithError other;
     SetLastError(5);
     ASSERT_NE(static_cast<std::uintptr_t>(-1), _beginthread(SetAnotherError, 0, &other));
-    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(other.Done, INFINITE));
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(other.Done, ::Test::Limit));
     EXPECT_EQ(5U, GetLastError());
     EXPECT_EQ(0U, other.Before);
 }
@@ -99,8 +99,7 @@ TEST(Threads, ACriticalSectionBelongsToOneThreadUntilItsLastLeave)
         order += "other ";
         LeaveCriticalSection(&section);
     });
-    while (!arrived)
-        std::this_thread::yield();
+    ::Test::Until("the other thread runs", [&] { return arrived.load(); });
     LeaveCriticalSection(&section);
     for (int i = 0; i < 100; ++i)
         std::this_thread::yield();

@@ -1,11 +1,13 @@
 #include "KesraNTC/KesraNTC.h"
 #include "KesraNTC/rpc/CNTStub_Quiet.h"
 #include "KesraNTC/rpc/private/MessageTable.h"
+#include "tests/conformance/WatchingStub.h"
 
 #include <gtest/gtest.h>
 
 #include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace Kesra;
@@ -206,10 +208,16 @@ TEST_F(Dispatch, MissingScalarsAreZeroAndMissingTextsEmpty)
 
 TEST_F(Dispatch, UnknownNumbersReachNobody)
 {
+    Texts traced;
+    CDebug::SetTraceHook([](void* texts, const char* text) { static_cast<Texts*>(texts)->push_back(text); },
+                         &traced);
     for (const unsigned short number :
          std::initializer_list<unsigned short>{0, 507, 509, 1002, 9999, 10001, 10009, 12001, 12011, 13009,
                                                16011, 16012, 21012, 29000, 60003, 65535})
         Take(Begun(number) << static_cast<short>(1) << 2);
+    CDebug::SetTraceHook(nullptr, nullptr);
+    ASSERT_EQ(traced.size(), 16U);
+    EXPECT_EQ(traced[1], "Warnning!!! Strange Message Type 507\n");
     CNTPacket empty;
     Take(empty);
     EXPECT_TRUE(Handlers.Calls.empty());
@@ -284,10 +292,21 @@ TEST_F(Dispatch, NothingAttachedMeansNothingHappens)
     EXPECT_EQ(alone.ProcessPacketFromServer(reply), 0U);
 }
 
-/// Every message cut at every byte: each cut ends in one call at the most and never in a bad access.
+/// Keeps the numbers of the messages that handlers were called for.
+struct CallNumbers {
+    template <class... Values> void Got(MessageNumber number, Values&...) { Numbers.push_back(number); }
+
+    std::vector<unsigned short> Numbers;
+};
+
+/// Every message cut at every byte: whoever has a handler gets one call, of its own, however little is left.
 TEST_F(Dispatch, EveryMessageCutAtEveryByte)
 {
+    CallNumbers calls;
+    WatchingStub<CallNumbers> watching(calls);
+    Game.Attach(&watching);
     int known = 0;
+    int handled = 0;
     for (unsigned value = 0; value <= 65535; ++value) {
         const auto number = static_cast<unsigned short>(value);
         if (ActionFor(number) == nullptr)
@@ -296,13 +315,20 @@ TEST_F(Dispatch, EveryMessageCutAtEveryByte)
         CNTPacket packet = Begun(number);
         for (int i = 0; i < 40; ++i)
             packet << static_cast<short>(i % 5);
-        for (unsigned short size = 0; size <= packet.GetBufSize(); ++size) {
+        Take(packet);
+        const std::vector<unsigned short> own = std::exchange(calls.Numbers, {});
+        EXPECT_TRUE(own.empty() || own == std::vector<unsigned short>{number}) << number;
+        handled += own.empty() ? 0 : 1;
+        for (unsigned short size = 0; size < packet.GetBufSize(); ++size) {
             CNTPacket cut = packet;
             cut.SetBufSize(size);
             Take(cut);
+            EXPECT_EQ(std::exchange(calls.Numbers, {}), size < 2 ? std::vector<unsigned short>{} : own)
+                << number << " cut to " << size;
         }
     }
     EXPECT_EQ(known, 72 + 12 + 1);
+    EXPECT_EQ(handled, 72);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "KesraNTC/platform/private/EventHandle.h"
 #include "KesraNTC/rpc/CNTStub_Quiet.h"
 #include "tests/support/Peer.h"
+#include "tests/support/Until.h"
 
 #include <gtest/gtest.h>
 
@@ -39,12 +40,7 @@ public:
 class GameClient : public CNTMainClient
 {
 public:
-    GameClient()
-    {
-        Attach(&Stub);
-        Attach(&Requests);
-        Startup();
-    }
+    GameClient() { EXPECT_TRUE(Attach(&Stub) && Attach(&Requests) && Startup()); }
     ~GameClient() override { StopReceiving(); }
 
     void ProcessDisconnection() override
@@ -69,14 +65,14 @@ public:
     /// Waits until so many bytes more fit into the outbox as it is set by itself.
     void WaitForRoom(std::size_t bytes)
     {
-        while (GetUnsentBytes() + bytes > 1024 * 1024)
-            std::this_thread::yield();
+        Until(
+            "there is room in the outbox", [&] { return GetUnsentBytes() + bytes <= 1024 * 1024; });
     }
     /// Waits until so many bytes have been taken in.
     void WaitForBytes(std::size_t bytes)
     {
-        while (GetRecvBytes() < bytes)
-            std::this_thread::yield();
+        Until(
+            "the bytes have been taken in", [&] { return GetRecvBytes() >= bytes; });
     }
 
     ChatStub Stub;

@@ -83,6 +83,7 @@ TEST_F(Backlog, IsBoundedAndLosesNothing)
     ASSERT_TRUE(WaitUntilPaused());
     EXPECT_GT(Client->GetQueuedPackets(), 30U);
     EXPECT_EQ(Client->GetStatistics().QueuedBytes, Client->GetQueuedBytes());
+    EXPECT_EQ(Client->GetStatistics().QueuedPackets, Client->GetQueuedPackets());
     Until("all lines are there", [&] {
         EXPECT_LE(Client->GetQueuedBytes(), Limit + Above);
         Client->ProcessQueuedMessageFromServer();
@@ -245,7 +246,7 @@ TEST_F(Drain, DisconnectOnTheReceiveThreadEndsWhatCameWithIt)
     ASSERT_TRUE(other.ConnectTo(server));
     server.Send(BytesOf(Chat("one")) + BytesOf(Chat("enough")) + BytesOf(Chat("three")) +
                 BytesOf(Chat("four")));
-    ASSERT_TRUE(other.Disconnected.Wait(60000));
+    ASSERT_TRUE(::Test::Await("the end is told", other.Disconnected));
     other.ProcessQueuedMessageFromServer();
     EXPECT_EQ(other.Stub.Lines, (std::vector<std::string>{"one", "enough"}));
 }

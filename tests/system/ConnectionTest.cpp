@@ -14,11 +14,13 @@
 #include <thread>
 
 using namespace Kesra;
+using Test::Await;
 using Test::BytesOf;
 using Test::Chat;
 using Test::GameClient;
 using Test::Peer;
 using Test::Reply;
+using Test::Until;
 
 namespace
 {
@@ -64,7 +66,9 @@ TEST_F(Connection, NameThatResolves)
 
 TEST_F(Connection, PushedMessagesWaitForTheGameThread)
 {
+    const COLEDateTime before = COLEDateTime::GetTickCount();
     ASSERT_TRUE(Game.ConnectTo(Server));
+    EXPECT_TRUE(before <= Game.ConnectTime && before <= Game.TrafficTime);
     const std::string bytes = BytesOf(Chat("one")) + BytesOf(Chat("two"));
     Server.Send(bytes);
     Game.WaitForBytes(bytes.size());
@@ -86,10 +90,10 @@ TEST_F(Connection, ABurstArrivesWholeAndInOrder)
         bytes += BytesOf(Chat(sent.back()));
     }
     std::thread sending([&] { Server.Send(bytes); });
-    while (Game.Stub.Lines.size() < sent.size()) {
+    Until("all lines are there", [&] {
         Game.ProcessQueuedMessageFromServer();
-        std::this_thread::yield();
-    }
+        return Game.Stub.Lines.size() >= sent.size();
+    });
     sending.join();
     EXPECT_EQ(Game.Stub.Lines, sent);
 }
@@ -99,7 +103,7 @@ TEST_F(Connection, OnTheReceiveThreadWhenAsked)
     Game.ProcessOnRecvThread = true;
     ASSERT_TRUE(Game.ConnectTo(Server));
     Server.Send(BytesOf(Chat("hello")));
-    ASSERT_TRUE(Game.Stub.Heard.Wait());
+    ASSERT_TRUE(Await("the line is heard", Game.Stub.Heard));
     Game.Disconnect();
     Game.WaitForEnd();
     EXPECT_EQ(Game.Stub.Lines, (std::vector<std::string>{"hello"}));
@@ -169,7 +173,7 @@ TEST_F(Connection, ConnectingAgainReplacesTheConnection)
 {
     for (int i = 0; i < 5; ++i) {
         ASSERT_TRUE(Game.ConnectTo(Server));
-        EXPECT_TRUE(i == 0 || Game.Disconnected.Wait()) << "the end of the one before is told";
+        EXPECT_TRUE(i == 0 || Await("the end of the one before is told", Game.Disconnected));
         EXPECT_EQ(Game.Disconnections, i);
         Server.Send(BytesOf(Chat(std::to_string(i))));
         Game.WaitForBytes(Chat("0").GetBufSize());
@@ -190,7 +194,7 @@ TEST_F(Connection, ConnectingAgainWhenToldOfTheEnd)
     };
     ASSERT_TRUE(Game.ConnectTo(Server));
     Server.Close();
-    ASSERT_TRUE(Game.Disconnected.Wait());
+    ASSERT_TRUE(Await("the end is told", Game.Disconnected));
     next.Accept();
     next.Send(BytesOf(Chat("again")));
     Game.WaitForBytes(Chat("again").GetBufSize());
@@ -206,16 +210,16 @@ TEST_F(Connection, TheThreadsOfReplacedConnectionsAreWaitedFor)
     Game.OnDisconnection = [&] {
         if (Game.Disconnections == 1) {
             isTold.Set();
-            mayGoOn.Wait();
+            Await("it may go on", mayGoOn);
         }
     };
     ASSERT_TRUE(Game.ConnectTo(Server));
     Server.Close();
-    ASSERT_TRUE(isTold.Wait());
+    ASSERT_TRUE(Await("the first end is told", isTold));
     ASSERT_TRUE(Game.ConnectTo(Server));
     Game.Disconnect();
-    EXPECT_FALSE(Game.WaitForReceiveThread(50));
-    EXPECT_EQ(Game.Disconnections, 2);
+    Until("the second end is told", [&] { return Game.Disconnections == 2; });
+    EXPECT_FALSE(Game.WaitForReceiveThread(1)) << "the first is still told";
     mayGoOn.Set();
     Game.WaitForEnd();
 }
@@ -234,7 +238,7 @@ TEST_F(Connection, TheEndOfOneMayConnectAnother)
     };
     ASSERT_TRUE(Game.ConnectTo(Server));
     ASSERT_TRUE(Game.ConnectTo(Server));
-    ASSERT_TRUE(isOver.Wait());
+    ASSERT_TRUE(Await("the other is connected", isOver));
     EXPECT_TRUE(Game.IsConnected());
     EXPECT_TRUE(other.IsConnected());
 }
@@ -269,7 +273,7 @@ TEST_F(Connection, AHandlerMayConnectElsewhere)
     Game.WaitForBytes(Chat("go there").GetBufSize());
     Game.ProcessQueuedMessageFromServer();
     next.Accept();
-    EXPECT_TRUE(Game.Disconnected.Wait());
+    EXPECT_TRUE(Await("the end is told", Game.Disconnected));
     EXPECT_EQ(Game.Disconnections, 1);
     EXPECT_TRUE(Game.IsConnected());
 }
@@ -338,7 +342,7 @@ TEST_F(Connection, DeletedWhenToldOfTheEnd)
     ASSERT_TRUE(client->ConnectToServer());
     Server.Accept();
     Server.Close();
-    EXPECT_TRUE(gone.Wait());
+    EXPECT_TRUE(Await("it is deleted", gone));
 }
 
 TEST_F(Connection, SendingMoreThanTheSocketsHold)
@@ -363,8 +367,7 @@ TEST_F(Connection, SendingMoreThanTheSocketsHold)
     }
     sending.join();
     // The last bytes may have gone out as an overlapped write that the receive thread accounts for.
-    while (Game.GetSendBytes() < packets * bytesEach)
-        std::this_thread::yield();
+    Until("all is counted", [&] { return Game.GetSendBytes() >= packets * bytesEach; });
     EXPECT_EQ(Game.GetSendBytes(), packets * bytesEach);
     Game.InitSendBytes();
     EXPECT_EQ(Game.GetSendBytes(), 0U);
@@ -401,8 +404,7 @@ TEST_F(Connection, EveryByteLeavesOnceWhileTheServerTalks)
         }
     }
     talking.join();
-    while (Game.IsConnected() && Game.GetSendBytes() < sent.size())
-        std::this_thread::yield();
+    Until("all is counted", [&] { return !Game.IsConnected() || Game.GetSendBytes() >= sent.size(); });
     EXPECT_EQ(Game.GetSendBytes(), sent.size());
     EXPECT_TRUE(received == sent) << received.size() << " bytes of " << sent.size();
 }
@@ -439,7 +441,7 @@ TEST_F(Connection, ConnectingAgainWhileAWriteIsOutstanding)
         writer.SetSendBuffer(CNTPacket::Capacity);
         ASSERT_TRUE(writer.Fill());
         writer.Disconnect();
-        ASSERT_TRUE(isTold.Wait());
+        ASSERT_TRUE(Await("the end is told", isTold));
         EXPECT_TRUE(isFilled) << round;
     }
 }
@@ -466,12 +468,18 @@ TEST_F(Connection, AFailedRequestIsLoggedAndStillHandedOver)
 {
     CNTProxy_CLToGS unattached;
     EXPECT_EQ(unattached.CS_EnterSession(), GS_OK);
+    EXPECT_TRUE(Logged("Send Error!!!\r\n"));
+    CNTPacket packet;
+    EXPECT_FALSE(unattached.Send(packet));
+    EXPECT_TRUE(CNTProxy().Send(packet));
     ASSERT_TRUE(Game.ConnectTo(Server));
+    EXPECT_TRUE(Game.Requests.Send(packet));
     Game.Disconnect();
     Game.WaitForEnd();
     Log.Clear();
     EXPECT_EQ(Game.Requests.CS_EnterSession(), GS_OK);
     EXPECT_TRUE(Logged("Send Error!!!\r\n"));
+    EXPECT_FALSE(Game.Requests.Send(packet));
 }
 
 TEST_F(Connection, RepliesComeWhilePushedMessagesKeepTheirOrder)
@@ -604,9 +612,7 @@ TEST_F(Connection, LeavesNoDescriptor)
     for (int i = 0; i < 20; ++i)
         cycle();
     // A receive thread gives its own descriptor back as it exits, just after its client's wait for it.
-    for (int i = 0; i < 10000 && Entries(descriptors) > before; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_LE(Entries(descriptors), before);
+    Until("no descriptor is left", [&] { return Entries(descriptors) <= before; });
 }
 
 } // namespace

@@ -10,12 +10,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
 #include <thread>
 
 using namespace Kesra;
+using Test::Await;
 using Test::BytesOf;
 using Test::Chat;
 using Test::DeafListener;
@@ -66,7 +68,7 @@ TEST_F(Lifetime, AnOldRequestLeavesTheNextConnectionAlone)
         unsigned long result = 0;
         EXPECT_EQ(game.Requests.CS_CancelDeleteAvatar(1, result), GS_REPLY_ERROR);
     });
-    Until("the request waits", [&] { return game.Requests.GetPendingCount() == 1; });
+    Until("the request waits", [&] { return game.GetStatistics().RequestsInFlight == 1; });
     Peer next;
     ASSERT_TRUE(game.ConnectTo(next));
     asking.join();
@@ -102,7 +104,7 @@ TEST_F(Lifetime, DisconnectWhenToldLateLeavesANewerOneAlone)
         if (game.Disconnections != 1)
             return;
         isTold.Set();
-        isReplaced.Wait();
+        Await("it is replaced", isReplaced);
         reason = game.GetEndReason();
         game.Disconnect();
         EXPECT_FALSE(game.ConnectToServer()) << "it has been replaced";
@@ -110,11 +112,11 @@ TEST_F(Lifetime, DisconnectWhenToldLateLeavesANewerOneAlone)
     };
     ASSERT_TRUE(game.ConnectTo(Server));
     Server.Close();
-    ASSERT_TRUE(isTold.Wait(60000));
+    ASSERT_TRUE(Await("the end is told", isTold));
     Peer next;
     ASSERT_TRUE(game.ConnectTo(next));
     isReplaced.Set();
-    ASSERT_TRUE(isDone.Wait(60000));
+    ASSERT_TRUE(Await("it has tried", isDone));
     EXPECT_EQ(reason, END_SERVER_CLOSED) << "of the connection that it tells of";
     EXPECT_TRUE(Log.HasLine("ConnectToServer() : error 10037"));
     EXPECT_TRUE(game.IsConnected());
@@ -222,10 +224,10 @@ TEST_F(Lifetime, DeletedWhileAnotherThreadConnects)
         ASSERT_TRUE(game->ConnectToServer());
         Server.Accept();
         Server.Close();
-        ASSERT_TRUE(isTold.Wait(60000));
+        ASSERT_TRUE(Await("the end is told", isTold));
         game->SetServerPort(deaf.Port());
         EXPECT_FALSE(game->ConnectToServer());
-        EXPECT_TRUE(gone.Wait(60000));
+        EXPECT_TRUE(Await("it is deleted", gone));
     }
 }
 
@@ -242,7 +244,7 @@ TEST_F(Lifetime, DeletedAsSoonAsItHasBegun)
         resetting.join();
         if (!begun)
             delete game;
-        EXPECT_TRUE(gone.Wait(60000));
+        EXPECT_TRUE(Await("it is deleted", gone));
     }
 }
 
@@ -373,6 +375,13 @@ TEST_F(Lifetime, TellsWhyItEnded)
     EXPECT_EQ(game.GetEndError(), 10054U);
 }
 
+unsigned long long Microseconds()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<unsigned long long>(
+        std::chrono::duration_cast<std::chrono::microseconds>(now).count());
+}
+
 TEST_F(Lifetime, StatisticsAreThoseOfTheConnection)
 {
     GameClient game;
@@ -391,7 +400,14 @@ TEST_F(Lifetime, StatisticsAreThoseOfTheConnection)
             }
         });
         unsigned long result = 0;
-        for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(game.GetStatistics().Replies, 0U) << "of the one before";
+        const unsigned long long begun = Microseconds();
+        EXPECT_EQ(game.Requests.CS_CancelDeleteAvatar(1, result), GS_OK);
+        const CNTStatistics first = game.GetStatistics();
+        EXPECT_LE(first.LastReplyTime, static_cast<double>(Microseconds() - begun) / 1000);
+        EXPECT_EQ(first.LongestReplyTime, first.LastReplyTime);
+        EXPECT_EQ(first.AverageReplyTime, first.LastReplyTime);
+        for (int i = 1; i < 3; ++i)
             EXPECT_EQ(game.Requests.CS_CancelDeleteAvatar(1, result), GS_OK);
         answering.join();
         const CNTStatistics seen = game.GetStatistics();

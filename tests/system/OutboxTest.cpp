@@ -13,6 +13,7 @@
 #include <thread>
 
 using namespace Kesra;
+using Test::Await;
 using Test::BytesOf;
 using Test::Chat;
 using Test::GameClient;
@@ -59,6 +60,7 @@ TEST_F(Outbox, IsBoundedAndKeepsTheOrderWhenThePeerDoesNotRead)
     const unsigned taken = Fill();
     EXPECT_LE(Game.GetUnsentBytes(), 40 * PacketBytes);
     EXPECT_GT(Game.GetUnsentBytes(), 39 * PacketBytes);
+    EXPECT_GT(Game.GetStatistics().UnsentBytes, 39 * PacketBytes);
     EXPECT_EQ(Game.GetEndReason(), END_OUTBOX_FULL);
     EXPECT_TRUE(Game.IsConnected()) << "what it means is decided by whoever sends";
 
@@ -120,28 +122,34 @@ TEST_F(Outbox, AServerThatOnlySendsClockMessagesJamsNobody)
     EXPECT_NE(Log.Log().find(line, first + 1), std::string::npos) << "a direct one is logged every time";
 }
 
-/// The receive thread may sit in a handler, so that senders empty the outbox themselves.
-TEST_F(Outbox, IsEmptiedByLaterSendersToo)
+/// The receive thread may sit in a handler, so that senders and those who wait empty the outbox themselves.
+TEST_F(Outbox, IsEmptiedByWhoeverSendsOrAsks)
 {
     EventHandle isInside{EventHandle::AutoReset};
     EventHandle mayLeave{EventHandle::AutoReset};
     Game.Stub.OnChat = [&] {
         isInside.Set();
-        mayLeave.Wait();
+        Await("it may leave", mayLeave);
     };
     Game.ProcessOnRecvThread = true;
     Server.Send(BytesOf(Chat("stay")));
-    ASSERT_TRUE(isInside.Wait(60000));
+    ASSERT_TRUE(Await("the handler is entered", isInside));
     Game.SetOutboxLimit(30 * PacketBytes);
     const unsigned taken = Fill();
     std::thread reading([&] { ExpectFilled(taken); });
-    char nothing = 0;
-    Until("a sender has emptied it", [&] {
-        Game.SendPacket(&nothing, 0);
-        return Game.GetUnsentBytes() == 0;
-    });
+    Until("the thread that paces itself has emptied it", [&] { return Game.GetUnsentBytes() == 0; });
     reading.join();
     mayLeave.Set();
+}
+
+/// A system may cancel what an ended thread has begun to write.
+TEST_F(Outbox, LeavesWhenItsSenderHasEnded)
+{
+    Game.SetOutboxLimit(30 * PacketBytes);
+    unsigned taken = 0;
+    std::thread([&] { taken = Fill(); }).join();
+    ExpectFilled(taken);
+    EXPECT_FALSE(Game.WaitForReceiveThread(0)) << "the connection has ended";
 }
 
 TEST_F(Outbox, NobodyWaitsForItsEnd)

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -46,13 +47,15 @@ public:
         Requests.CS_EnterSession();
     }
 
-    /// Plays frames until something has happened; throws when that takes a minute.
-    template <class Condition> void PlayUntil(Condition condition)
+    /// Plays frames until something has happened; throws, naming the caller's line, when that takes a minute.
+    template <class Condition>
+    void PlayUntil(Condition condition, const char* file = __builtin_FILE(), int line = __builtin_LINE())
     {
         const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
         while (!condition()) {
             if (std::chrono::steady_clock::now() > limit)
-                throw std::runtime_error("waited for something that did not happen");
+                throw std::runtime_error("waited in vain at " + std::string(file) + ":" +
+                                         std::to_string(line));
             ProcessQueuedMessageFromServer();
             std::this_thread::yield();
         }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "KesraNTC/base/CLock.h"
 #include "KesraNTC/net/private/ClientConnection.h"
+#include "KesraNTC/net/private/LockRoles.h"
 
 #include <memory>
 #include <vector>
@@ -18,17 +18,18 @@ using ReceiverList = std::vector<std::shared_ptr<ClientConnection>>;
 struct ClientState {
     static constexpr unsigned long UsualSilenceLimit = 60;
 
-    CLock ConnectLock;                   ///< one ConnectToServer at a time; outermost
+    GuardLock ConnectLock;               ///< one ConnectToServer at a time; outermost
     std::atomic<bool> IsStopping{false}; ///< the client is being destroyed
     EventHandle Abort{
         EventHandle::ManualReset}; ///< the connect in progress shall end; under IoState::CloseLock
 
-    CLock ReceiverLock; ///< guards Receivers and the client's two dates; innermost
+    GuardLock ReceiverLock; ///< guards Receivers and the client's two dates; innermost
     /// The newest connection last; before it those whose threads still run code of the game. Never changed,
     /// only replaced: whoever looks needs no memory.
-    std::shared_ptr<const ReceiverList> Receivers = std::make_shared<ReceiverList>();
+    std::shared_ptr<const ReceiverList>
+        Receivers KESRANTC_LOCKING(guarded_by(ReceiverLock)) = std::make_shared<ReceiverList>();
 
-    bool InDispatch = false; ///< under the connection's lock
+    bool InDispatch KESRANTC_LOCKING(guarded_by(DispatchRole)) = false;
     std::atomic<unsigned long> SilenceLimit{UsualSilenceLimit};
     std::atomic<bool> IsNoDelay{true};
     /// The generation whose clock answer has failed; answering it again would only fail again.
@@ -36,12 +37,12 @@ struct ClientState {
 
     std::shared_ptr<const ReceiverList> GetReceivers()
     {
-        const Locked reading(ReceiverLock);
+        const Held reading(ReceiverLock);
         return Receivers;
     }
     void AddReceiver(std::shared_ptr<ClientConnection> connection)
     {
-        const Locked publishing(ReceiverLock);
+        const Held publishing(ReceiverLock);
         auto receivers = std::make_shared<ReceiverList>(*Receivers);
         std::erase_if(*receivers, [](const auto& old) { return old->WaitForEnd(0); });
         receivers->push_back(std::move(connection));
@@ -53,8 +54,12 @@ struct ClientState {
 class DispatchMark
 {
 public:
-    explicit DispatchMark(ClientState& state) : Client(state) { Client.InDispatch = true; }
-    ~DispatchMark() { Client.InDispatch = false; }
+    explicit DispatchMark(ClientState& state) KESRANTC_LOCKING(requires_capability(DispatchRole))
+        : Client(state)
+    {
+        Client.InDispatch = true;
+    }
+    ~DispatchMark() KESRANTC_LOCKING(requires_capability(DispatchRole)) { Client.InDispatch = false; }
     DispatchMark(const DispatchMark&) = delete;
     DispatchMark& operator=(const DispatchMark&) = delete;
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "KesraNTC/net/CNTPacket.h"
+#include "KesraNTC/net/private/LockRoles.h"
 
 #include <cstddef>
+#include <vector>
 
 class CNetClientIO;
 
@@ -16,21 +18,23 @@ struct Backlog;
 class Drain
 {
 public:
-    explicit Drain(CNetClientIO& client);
-    ~Drain();
+    explicit Drain(CNetClientIO& client) KESRANTC_LOCKING(requires_capability(DispatchRole));
+    ~Drain() KESRANTC_LOCKING(requires_capability(DispatchRole));
     Drain(const Drain&) = delete;
     Drain& operator=(const Drain&) = delete;
 
     /// The next packet, its position at 0; null at the end. It counts as drained.
-    CNTPacket* Next();
+    CNTPacket* Next() KESRANTC_LOCKING(requires_capability(DispatchRole));
 
 private:
-    bool IsAtEnd() const;
-    void ForgetWhole();
-    void Take();
-    CNTPacket* NextBehind();
-    void NoteDrained(std::size_t bytes);
-    void PutBack();
+    bool IsAtEnd() const KESRANTC_LOCKING(requires_capability(DispatchRole));
+    void ForgetWhole() KESRANTC_LOCKING(requires_capability(DispatchRole));
+    void GiveBack() KESRANTC_LOCKING(requires_capability(DispatchRole));
+    static void ForgetStorage(std::vector<CNTPacket>& packets);
+    void Take() KESRANTC_LOCKING(requires_capability(DispatchRole));
+    CNTPacket* NextBehind() KESRANTC_LOCKING(requires_capability(DispatchRole));
+    void NoteDrained(std::size_t bytes) KESRANTC_LOCKING(requires_capability(DispatchRole));
+    void PutBack() KESRANTC_LOCKING(requires_capability(DispatchRole));
     void MakeRoom();
 
     CNetClientIO& Client;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "KesraNTC/base/CLock.h"
 #include "KesraNTC/net/private/ClientConnection.h"
+#include "KesraNTC/net/private/LockRoles.h"
 
 #include <memory>
 
@@ -22,9 +22,9 @@ struct IoState {
 
     CLock SendLock; ///< guards Current and its outbox; for moments, never around CloseLock
     /// Held while the socket is replaced or closed, until nothing is outstanding on it.
-    CLock CloseLock;
+    GuardLock CloseLock;
     /// The newest connection, ended or not; null until a receive thread was begun.
-    std::shared_ptr<ClientConnection> Current;
+    std::shared_ptr<ClientConnection> Current KESRANTC_LOCKING(guarded_by(SendRole));
     /// Counts every socket that was set; changed under CloseLock.
     std::atomic<std::uint64_t> Generation{0};
     std::atomic<std::size_t> OutboxLimit{UsualOutboxLimit};

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "KesraNTC/base/private/Held.h"
+#include "KesraNTC/rpc/CNTProxy.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -7,6 +10,8 @@ class CNTBaseClient;
 
 namespace Kesra
 {
+
+inline constexpr LockRole ProxyRole{}; ///< CNTProxy::Lock
 
 /// What a proxy knows beside its table.
 struct ProxyState {
@@ -16,12 +21,19 @@ struct ProxyState {
     CNTBaseClient* Owner = nullptr;
     std::atomic<unsigned long> TimeLimit{UsualTimeLimit};
 
-    // Replies of the newest connection, under the proxy's lock; microseconds.
-    std::uint64_t RepliesOf = 0; ///< that connection's generation
-    std::uint64_t Replies = 0;
-    std::uint64_t LastTime = 0;
-    std::uint64_t LongestTime = 0;
-    std::uint64_t TotalTime = 0;
+    /// The table of a proxy.
+    static std::map<short, CNestedReply*>& TableOf(CNTProxy& proxy)
+        KESRANTC_LOCKING(requires_capability(ProxyRole))
+    {
+        return proxy.Pending;
+    }
+
+    // Replies of the newest connection; microseconds.
+    std::uint64_t RepliesOf KESRANTC_LOCKING(guarded_by(ProxyRole)) = 0; ///< that connection's generation
+    std::uint64_t Replies KESRANTC_LOCKING(guarded_by(ProxyRole)) = 0;
+    std::uint64_t LastTime KESRANTC_LOCKING(guarded_by(ProxyRole)) = 0;
+    std::uint64_t LongestTime KESRANTC_LOCKING(guarded_by(ProxyRole)) = 0;
+    std::uint64_t TotalTime KESRANTC_LOCKING(guarded_by(ProxyRole)) = 0;
 };
 
 } // namespace Kesra

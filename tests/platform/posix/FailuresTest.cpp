@@ -1,7 +1,7 @@
 #include "KesraNTC/platform/posix/sockets/private/SocketSlot.h"
 #include "KesraNTC/platform/private/EventHandle.h"
 #include "tests/platform/SocketFixture.h"
-#include "tests/platform/posix/FailingCalls.h"
+#include "tests/support/posix/FailingCalls.h"
 
 #include <cerrno>
 #include <thread>

@@ -1,33 +1,12 @@
 #include "KesraNTC/platform/posix/sockets/private/SocketSlot.h"
 #include "KesraNTC/platform/posix/waiting/private/Deadline.h"
-#include "KesraNTC/platform/posix/waiting/private/WaitQueue.h"
 #include "KesraNTC/platform/private/EventHandle.h"
 #include "tests/platform/SocketFixture.h"
-#include "tests/platform/posix/FailingCalls.h"
+#include "tests/support/posix/FailingCalls.h"
+#include "tests/support/posix/WaitQueueProbe.h"
 
 #include <thread>
 #include <vector>
-
-namespace Kesra
-{
-
-/// Stands in the place of a thread that has the lock of an event's queue.
-class WaitQueueProbe
-{
-public:
-    explicit WaitQueueProbe(EventObject& event) : Event(event), Queue(WaitQueue::Of(&event)) {}
-
-    void Lock() { Queue.Lock.lock(); }
-    void Unlock() { Queue.Lock.unlock(); }
-    bool IsAwaited() { return Queue.Lock.IsContended(); }
-    void GiveSignalBack() { Event.State.fetch_or(EventObject::Signaled); }
-
-private:
-    EventObject& Event;
-    WaitQueue& Queue;
-};
-
-} // namespace Kesra
 
 namespace
 {
@@ -76,8 +55,7 @@ TEST(MeetingPoints, AResetIsNotUndoneByASignalThatComesBack)
         isReset = true;
     });
     // Either it waits for the lock or it did not ask for it.
-    while (!isReset && !probe.IsAwaited())
-        std::this_thread::yield();
+    ::Test::Until("the reset has come", [&] { return isReset || probe.IsAwaited(); });
     probe.GiveSignalBack();
     probe.Unlock();
     resetter.join();
@@ -147,11 +125,24 @@ TEST_F(SocketPlacesTest, ClosingEndsACallThatWaitsInsideTheSystem)
         ended.Set();
     });
     // From here on it has the socket pinned and waits for nothing but the system.
-    while (BlockingReceives == before)
-        std::this_thread::yield();
+    ::Test::Until("the reader is inside", [&] { return BlockingReceives != before; });
     Client.Close();
     EXPECT_TRUE(ended.Wait(fallback / 2));
     reader.join();
+}
+
+TEST_F(SocketPlacesTest, AClosedSocketGivesItsReadAheadBack)
+{
+    Connect();
+    PeerSends("data");
+    const long before = MappedBytes;
+    char data[4];
+    Operation read;
+    ASSERT_TRUE(HasBegun(read.Receive(Client, data, sizeof data)));
+    EXPECT_EQ(0, read.Harvest(Client));
+    EXPECT_GT(MappedBytes, before);
+    Client.Close();
+    EXPECT_EQ(MappedBytes, before);
 }
 
 // A thread sleeps on the event of a socket that has nothing to watch yet; then an attempt begins whose end

@@ -13,6 +13,8 @@
 #include <new>
 #include <string>
 #include <sys/resource.h>
+#include <thread>
+#include <vector>
 
 namespace
 {
@@ -59,7 +61,7 @@ public:
     ~NoMemory() { FailsFrom = ~std::size_t{0}; }
 };
 
-/// The process may take hardly more address space than it has.
+/// The process may take hardly more address space than it has: enough for small things, not for a stack.
 class NoAddressSpace
 {
 public:
@@ -67,7 +69,7 @@ public:
     {
         getrlimit(RLIMIT_AS, &Before);
         rlimit tight = Before;
-        tight.rlim_cur = InUse();
+        tight.rlim_cur = InUse() + (1 << 20);
         setrlimit(RLIMIT_AS, &tight);
     }
     ~NoAddressSpace() { setrlimit(RLIMIT_AS, &Before); }
@@ -127,6 +129,33 @@ TEST_F(Exhaustion, DecodingOnTheGamesThread)
     }
     Game.ProcessQueuedMessageFromServer();
     EXPECT_EQ(Game.Stub.Lines.size(), 1U);
+}
+
+TEST_F(Exhaustion, AReplyThatDoesNotFit)
+{
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    std::thread answering([&] {
+        EXPECT_EQ(Server.Receive(12).size(), 12U);
+        CNTPacket reply;
+        reply << static_cast<unsigned short>(Kesra::GS_REPLY_10002) << static_cast<unsigned short>(0)
+              << static_cast<short>(1) << static_cast<unsigned short>(5) << static_cast<short>(10000);
+        Server.Send(BytesOf(reply));
+    });
+    CString account("a");
+    CString password("b");
+    unsigned short value = 0;
+    unsigned long result = 77;
+    std::vector<TAvatar> avatars;
+    std::vector<TPrivData> privData;
+    {
+        const NoMemory none(100000);
+        EXPECT_EQ(Game.Requests.CS_Logon(account, password, value, avatars, privData, result),
+                  GS_REPLY_ERROR);
+    }
+    answering.join();
+    EXPECT_EQ(value, 5);
+    EXPECT_EQ(result, 3U);
+    EXPECT_TRUE(Game.IsConnected());
 }
 
 TEST_F(Exhaustion, ARequestWithoutARecord)

@@ -1,6 +1,7 @@
 // A server that neither acknowledges nor answers: its socket drops everything that arrives.
 
 #include "KesraNTC/KesraNTC.h"
+#include "KesraNTC/platform/posix/sockets/private/SocketSlot.h"
 #include "tests/support/GameClient.h"
 #include "tests/support/LogDirectory.h"
 
@@ -67,6 +68,27 @@ TEST_F(SilentPeer, EndsOneWhoseReadingHasPaused)
     Game.WaitForBytes(::Test::Chat("paused now").GetBufSize());
     Unplug();
     ExpectTheEnd();
+}
+
+TEST_F(SilentPeer, IsAskedAfterHalfTheLimitAndTenTimesMore)
+{
+    const auto option = [this](int level, int name) {
+        int value = -1;
+        socklen_t size = sizeof value;
+        const auto* place = Kesra::SocketSlot::Find(static_cast<SOCKET>(Game.GetSocket()));
+        EXPECT_EQ(::getsockopt(place->GetDescriptor(), level, name, &value, &size), 0);
+        return value;
+    };
+    Game.SetSilenceLimit(60);
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
+    EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPIDLE), 30);
+    EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPINTVL), 3);
+    EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPCNT), 10);
+    EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 60000);
+    Game.SetSilenceLimit(0);
+    EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 0);
+    EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 0);
 }
 
 TEST_F(SilentPeer, ALaterLimitActsAtOnce)

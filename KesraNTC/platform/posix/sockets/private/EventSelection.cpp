@@ -2,7 +2,6 @@
 
 #include "KesraNTC/platform/posix/sockets/private/SocketSlot.h"
 
-#include <mutex>
 #include <utility>
 
 namespace Kesra
@@ -35,13 +34,13 @@ void EventSelection::Unpin()
 
 void EventSelection::Advance()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     Observe();
 }
 
 int EventSelection::Select(SOCKET handle, EventObject* event, long networkEvents)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     if (!Socket.IsOpen(handle))
         return WSAENOTSOCK;
     if (event != Event) {
@@ -62,13 +61,13 @@ int EventSelection::Select(SOCKET handle, EventObject* event, long networkEvents
 
 bool EventSelection::IsActive()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     return Event != nullptr;
 }
 
 WSANETWORKEVENTS EventSelection::Take(EventObject* reset)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     Observe();
     if (reset != nullptr)
         reset->Reset();
@@ -77,7 +76,7 @@ WSANETWORKEVENTS EventSelection::Take(EventObject* reset)
 
 void EventSelection::BeginConnecting()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     Socket.HadPeer.store(true, std::memory_order_relaxed);
     Socket.ForgetError();
     State = Phase::Connecting;
@@ -86,7 +85,7 @@ void EventSelection::BeginConnecting()
 
 void EventSelection::SetConnected()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     Socket.HadPeer.store(true, std::memory_order_relaxed);
     State = Phase::Connected;
     Observe();
@@ -94,13 +93,13 @@ void EventSelection::SetConnected()
 
 bool EventSelection::HasBegun()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     return State != Phase::Unconnected;
 }
 
 void EventSelection::Clear()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     DropEvent();
     State = Phase::Unconnected;
     Wanted = 0;

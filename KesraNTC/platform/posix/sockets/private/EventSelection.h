@@ -39,23 +39,22 @@ public:
 private:
     enum class Phase { Unconnected, Connecting, Connected, Ended };
 
-    // All under the lock.
-    void Observe();
-    void ObserveAttempt();
-    void ObserveEnd();
-    void Record(long networkEvent, int bit, int error);
-    void DropEvent();
-    void UpdateWatch();
+    void Observe() KESRANTC_LOCKING(requires_capability(Lock));
+    void ObserveAttempt() KESRANTC_LOCKING(requires_capability(Lock));
+    void ObserveEnd() KESRANTC_LOCKING(requires_capability(Lock));
+    void Record(long networkEvent, int bit, int error) KESRANTC_LOCKING(requires_capability(Lock));
+    void DropEvent() KESRANTC_LOCKING(requires_capability(Lock));
+    void UpdateWatch() KESRANTC_LOCKING(requires_capability(Lock));
 
     static constexpr int NoWatch = -1;
 
     SocketSlot& Socket;
     FutexLock Lock;
-    Phase State = Phase::Unconnected;
+    Phase State KESRANTC_LOCKING(guarded_by(Lock)) = Phase::Unconnected;
     // Kept by a reference, as its handle may be closed meanwhile.
-    EventObject* Event = nullptr;
-    long Wanted = 0;
-    WSANETWORKEVENTS Recorded{};
+    EventObject* Event KESRANTC_LOCKING(guarded_by(Lock)) = nullptr;
+    long Wanted KESRANTC_LOCKING(guarded_by(Lock)) = 0;
+    WSANETWORKEVENTS Recorded KESRANTC_LOCKING(guarded_by(Lock)){};
     // What to poll for, which may be nothing but the end; read under the lock of the event's wait queue.
     std::atomic<int> Watch{NoWatch};
 };

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cerrno>
-#include <mutex>
 #include <new>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -30,7 +29,7 @@ public:
 
     SocketSlot* Acquire()
     {
-        const std::lock_guard guard(Lock);
+        const LockGuard guard(Lock);
         // A closed place rests at the end of the line, so that a stale SOCKET stays recognisable for long.
         if (FreeCount < RestingPlaces && !Grow() && FreeCount == 0)
             return nullptr;
@@ -42,7 +41,7 @@ public:
 
     void Release(SocketSlot* slot)
     {
-        const std::lock_guard guard(Lock);
+        const LockGuard guard(Lock);
         slot->NextFree = nullptr;
         (FreeCount != 0 ? LastFree->NextFree : FirstFree) = slot;
         LastFree = slot;
@@ -54,7 +53,7 @@ private:
     static constexpr std::uint32_t ChunkCount = (SocketSlot::IndexMask + 1) / ChunkSize;
     static constexpr std::uint32_t RestingPlaces = 8;
 
-    bool Grow()
+    bool Grow() KESRANTC_LOCKING(requires_capability(Lock))
     {
         if (UsedChunks == ChunkCount)
             return false;
@@ -74,10 +73,10 @@ private:
 
     std::array<std::atomic<SocketSlot*>, ChunkCount> Chunks{};
     FutexLock Lock;
-    std::uint32_t UsedChunks = 0;
-    SocketSlot* FirstFree = nullptr;
-    SocketSlot* LastFree = nullptr;
-    std::uint32_t FreeCount = 0;
+    std::uint32_t UsedChunks KESRANTC_LOCKING(guarded_by(Lock)) = 0;
+    SocketSlot* FirstFree KESRANTC_LOCKING(guarded_by(Lock)) = nullptr;
+    SocketSlot* LastFree KESRANTC_LOCKING(guarded_by(Lock)) = nullptr;
+    std::uint32_t FreeCount KESRANTC_LOCKING(guarded_by(Lock)) = 0;
 };
 
 SocketSlot* SocketSlot::Find(SOCKET socket)
@@ -208,8 +207,8 @@ int SocketSlot::NoteError(int systemError)
 int SocketSlot::TakeError()
 {
     // A direction that has just been handed the error notes it before it leaves its lock.
-    const auto reading = Read.Guard();
-    const auto writing = Write.Guard();
+    const LockGuard reading(Read.GetLock());
+    const LockGuard writing(Write.GetLock());
     int error = 0;
     socklen_t size = sizeof error;
     if (::getsockopt(Descriptor, SOL_SOCKET, SO_ERROR, &error, &size) != 0)
@@ -219,7 +218,7 @@ int SocketSlot::TakeError()
 
 int SocketSlot::GetErrorAtEnd()
 {
-    const auto writing = Write.Guard();
+    const LockGuard writing(Write.GetLock());
     return GetFatalError();
 }
 

@@ -27,7 +27,7 @@ void Transfer::Unpin()
 
 void Transfer::Advance()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     if (Overlapped == nullptr)
         return;
     const TransferResult result = Continue();
@@ -37,7 +37,7 @@ void Transfer::Advance()
 
 void Transfer::AdvanceIf(const OVERLAPPED* overlapped)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     if (Overlapped != overlapped)
         return;
     const TransferResult result = Continue();
@@ -47,7 +47,7 @@ void Transfer::AdvanceIf(const OVERLAPPED* overlapped)
 
 void Transfer::Shut(int error)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     IsShut = true;
     if (Overlapped != nullptr)
         Complete({error, 0});
@@ -119,7 +119,7 @@ void Transfer::Complete(TransferResult result)
 int ReadTransfer::Receive(SOCKET handle, const WSABUF& buffer, DWORD* received, OVERLAPPED* overlapped,
                           EventObject* event)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     const int refusal = CheckIdle(handle);
     if (refusal == WSAESHUTDOWN)
         return PostFailed(refusal, overlapped, event);
@@ -144,7 +144,7 @@ TransferResult ReadTransfer::Begin(bool hasEvent)
 
 TransferResult ReadTransfer::ReceiveNow(SOCKET handle, char* data, DWORD size)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     if (const int error = CheckIdle(handle); error != 0)
         return {error, 0};
     Data = data;
@@ -154,7 +154,7 @@ TransferResult ReadTransfer::ReceiveNow(SOCKET handle, char* data, DWORD size)
 
 DWORD ReadTransfer::Consume(SOCKET handle, ReadAheadTaker take, void* context)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     if (CheckIdle(handle) != 0 || Position == End)
         return 0;
     const DWORD size = End - Position;
@@ -215,7 +215,7 @@ DWORD ReadTransfer::Take()
 
 void ReadTransfer::Reopen()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     Transfer::Reopen();
     Position = End = 0;
     IsDrained = false;
@@ -223,14 +223,14 @@ void ReadTransfer::Reopen()
 
 void ReadTransfer::ReleaseBuffer()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     Buffer.reset();
 }
 
 int WriteTransfer::Send(SOCKET handle, const WSABUF& buffer, DWORD* sent, OVERLAPPED* overlapped,
                         EventObject* event)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     if (const int error = CheckIdle(handle); error != 0)
         return FailSocketCall(error);
     Data = buffer.buf;
@@ -241,7 +241,7 @@ int WriteTransfer::Send(SOCKET handle, const WSABUF& buffer, DWORD* sent, OVERLA
 
 TransferResult WriteTransfer::SendNow(SOCKET handle, const char* data, DWORD size)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     if (const int error = CheckIdle(handle); error != 0)
         return {error, 0};
     const ssize_t count = ::send(Socket.GetDescriptor(), data, size, MSG_DONTWAIT | MSG_NOSIGNAL);
@@ -267,7 +267,7 @@ TransferResult WriteTransfer::Continue()
 
 void WriteTransfer::Reopen()
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     Transfer::Reopen();
 }
 

@@ -6,7 +6,6 @@
 #include "KesraNTC/platform/private/ReadAhead.h"
 
 #include <memory>
-#include <mutex>
 
 namespace Kesra
 {
@@ -65,37 +64,38 @@ public:
     /// Advances if this is what is pending.
     void AdvanceIf(const OVERLAPPED* overlapped);
 
-    /// Keeps this direction from moving for as long as the guard lives.
-    std::unique_lock<FutexLock> Guard() { return std::unique_lock(Lock); }
+    /// Keeps this direction from moving for as long as it is held.
+    FutexLock& GetLock() KESRANTC_LOCKING(lock_returned(Lock)) { return Lock; }
 
     /// Ends what is pending with this error; nothing may begin any more.
     void Shut(int error);
 
 protected:
     /// Moves what can be moved without waiting; called under the lock.
-    virtual TransferResult Continue() = 0;
+    virtual TransferResult Continue() KESRANTC_LOCKING(requires_capability(Lock)) = 0;
 
     // All under the lock: whether a new operation may begin (0, or why not); reporting how it went; posting
     // one that has failed already, which only its completion tells.
-    int CheckIdle(SOCKET handle) const;
-    int Finish(TransferResult result, OVERLAPPED* overlapped, EventObject* event, DWORD* transferred);
+    int CheckIdle(SOCKET handle) const KESRANTC_LOCKING(requires_capability(Lock));
+    int Finish(TransferResult result, OVERLAPPED* overlapped, EventObject* event, DWORD* transferred)
+        KESRANTC_LOCKING(requires_capability(Lock));
     static int PostFailed(int error, OVERLAPPED* overlapped, EventObject* event);
-    void Reopen();
+    void Reopen() KESRANTC_LOCKING(requires_capability(Lock));
 
     FutexLock Lock;
-    char* Data = nullptr;
-    DWORD Size = 0;
+    char* Data KESRANTC_LOCKING(guarded_by(Lock)) = nullptr;
+    DWORD Size KESRANTC_LOCKING(guarded_by(Lock)) = 0;
     SocketSlot& Socket;
 
 private:
-    int MakePending(OVERLAPPED* overlapped, EventObject* event);
-    void Complete(TransferResult result);
+    int MakePending(OVERLAPPED* overlapped, EventObject* event) KESRANTC_LOCKING(requires_capability(Lock));
+    void Complete(TransferResult result) KESRANTC_LOCKING(requires_capability(Lock));
 
     const short PollEvents;
-    bool IsShut = false;
+    bool IsShut KESRANTC_LOCKING(guarded_by(Lock)) = false;
     // Null while nothing is pending. The event is kept by a reference, as its handle may be closed meanwhile.
-    OVERLAPPED* Overlapped = nullptr;
-    EventObject* Event = nullptr;
+    OVERLAPPED* Overlapped KESRANTC_LOCKING(guarded_by(Lock)) = nullptr;
+    EventObject* Event KESRANTC_LOCKING(guarded_by(Lock)) = nullptr;
 };
 
 /// Receiving, through a read-ahead buffer: one system call serves many small reads of a dense stream.
@@ -125,17 +125,17 @@ private:
         void operator()(char* pages) const;
     };
 
-    TransferResult Begin(bool hasEvent);
-    TransferResult Continue() override;
-    bool HaveBuffer();
-    TransferResult Fetch(char* data, DWORD size);
-    DWORD Take();
+    TransferResult Begin(bool hasEvent) KESRANTC_LOCKING(requires_capability(Lock));
+    TransferResult Continue() override KESRANTC_LOCKING(requires_capability(Lock));
+    bool HaveBuffer() KESRANTC_LOCKING(requires_capability(Lock));
+    TransferResult Fetch(char* data, DWORD size) KESRANTC_LOCKING(requires_capability(Lock));
+    DWORD Take() KESRANTC_LOCKING(requires_capability(Lock));
 
     // Pages of its own: untouched until data arrives, and never in the way of the heap giving memory back.
-    std::unique_ptr<char[], Unmap> Buffer;
-    DWORD Position = 0;
-    DWORD End = 0;
-    bool IsDrained = false;
+    std::unique_ptr<char[], Unmap> Buffer KESRANTC_LOCKING(guarded_by(Lock));
+    DWORD Position KESRANTC_LOCKING(guarded_by(Lock)) = 0;
+    DWORD End KESRANTC_LOCKING(guarded_by(Lock)) = 0;
+    bool IsDrained KESRANTC_LOCKING(guarded_by(Lock)) = false;
 };
 
 /// Sending: complete when the system has taken every byte. Nothing is copied.
@@ -152,9 +152,9 @@ public:
     void Reopen();
 
 private:
-    TransferResult Continue() override;
+    TransferResult Continue() override KESRANTC_LOCKING(requires_capability(Lock));
 
-    DWORD Done = 0;
+    DWORD Done KESRANTC_LOCKING(guarded_by(Lock)) = 0;
 };
 
 } // namespace Kesra

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KesraNTC/platform/private/Locking.h"
+
 #include <atomic>
 #include <cstdint>
 #include <ctime>
@@ -38,12 +40,12 @@ inline void UnlockWord(std::uint32_t& word)
         FutexWakeOne(&word);
 }
 
-/// The same lock for std::lock_guard.
-class FutexLock
+/// The same lock as an object, for LockGuard.
+class KESRANTC_LOCKING(capability("lock")) FutexLock
 {
 public:
-    void lock() { LockWord(Word); }
-    void unlock() { UnlockWord(Word); }
+    void lock() KESRANTC_LOCKING(acquire_capability()) { LockWord(Word); }
+    void unlock() KESRANTC_LOCKING(release_capability()) { UnlockWord(Word); }
     /// Whether somebody may sleep until it is free.
     bool IsContended() { return std::atomic_ref(Word).load(std::memory_order_acquire) == LockContended; }
 

@@ -1,7 +1,6 @@
 #include "KesraNTC/platform/posix/waiting/private/WaitQueue.h"
 
 #include <array>
-#include <mutex>
 
 namespace Kesra
 {
@@ -45,7 +44,7 @@ WaitQueue& WaitQueue::Of(const EventObject* event)
 void WaitQueue::Enter(WaitEntry& entry)
 {
     WakeList wakes;
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     Append(entry);
     entry.MarkQueued(true);
     EventObject* event = entry.Event;
@@ -66,7 +65,7 @@ void WaitQueue::Leave(WaitEntry& entry)
 {
     if (!entry.MayBeQueued())
         return;
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     if (entry.MayBeQueued()) {
         Unlink(entry);
         entry.MarkQueued(false);
@@ -76,13 +75,13 @@ void WaitQueue::Leave(WaitEntry& entry)
 void WaitQueue::Set(EventObject* event)
 {
     WakeList wakes;
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     HandOver(event, wakes);
 }
 
 void WaitQueue::Reset(EventObject* event)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     event->State.fetch_and(~EventObject::Signaled, std::memory_order_acq_rel);
 }
 
@@ -112,23 +111,23 @@ void WaitQueue::HandOver(EventObject* event, WakeList& wakes)
 
 bool WaitQueue::Attach(EventObject* event, PendingOperation* operation)
 {
-    const std::lock_guard guard(Lock);
-    if (event->Pending != nullptr)
+    const LockGuard guard(Lock);
+    if (OperationOf(event) != nullptr)
         return false;
-    event->Pending = operation;
+    OperationOf(event) = operation;
     NotifySleepers(event);
     return true;
 }
 
 void WaitQueue::Detach(EventObject* event)
 {
-    const std::lock_guard guard(Lock);
-    event->Pending = nullptr;
+    const LockGuard guard(Lock);
+    OperationOf(event) = nullptr;
 }
 
 void WaitQueue::Alert(EventObject* event)
 {
-    const std::lock_guard guard(Lock);
+    const LockGuard guard(Lock);
     NotifySleepers(event);
 }
 
@@ -140,8 +139,9 @@ void WaitQueue::NotifySleepers(const EventObject* event)
 
 PendingOperation* WaitQueue::PinOperation(EventObject* event, pollfd& descriptor)
 {
-    const std::lock_guard guard(Lock);
-    return event->Pending != nullptr && event->Pending->Pin(descriptor) ? event->Pending : nullptr;
+    const LockGuard guard(Lock);
+    PendingOperation* const operation = OperationOf(event);
+    return operation != nullptr && operation->Pin(descriptor) ? operation : nullptr;
 }
 
 void WaitQueue::Append(WaitEntry& entry)

@@ -90,15 +90,20 @@ private:
     friend class WaitQueueProbe;
     class WakeList;
 
-    void Append(WaitEntry& entry);
-    void Unlink(WaitEntry& entry);
-    WaitEntry* FindEntry(const EventObject* event, WaitEntry* from) const;
-    void HandOver(EventObject* event, WakeList& wakes);
-    void NotifySleepers(const EventObject* event);
+    PendingOperation*& OperationOf(EventObject* event) KESRANTC_LOCKING(requires_capability(Lock))
+    {
+        return event->Pending;
+    }
+    void Append(WaitEntry& entry) KESRANTC_LOCKING(requires_capability(Lock));
+    void Unlink(WaitEntry& entry) KESRANTC_LOCKING(requires_capability(Lock));
+    WaitEntry* FindEntry(const EventObject* event, WaitEntry* from) const
+        KESRANTC_LOCKING(requires_capability(Lock));
+    void HandOver(EventObject* event, WakeList& wakes) KESRANTC_LOCKING(requires_capability(Lock));
+    void NotifySleepers(const EventObject* event) KESRANTC_LOCKING(requires_capability(Lock));
 
     FutexLock Lock;
-    WaitEntry* First = nullptr;
-    WaitEntry* Last = nullptr;
+    WaitEntry* First KESRANTC_LOCKING(guarded_by(Lock)) = nullptr;
+    WaitEntry* Last KESRANTC_LOCKING(guarded_by(Lock)) = nullptr;
 };
 
 } // namespace Kesra

@@ -1,4 +1,4 @@
-#include "tests/platform/posix/FailingCalls.h"
+#include "tests/support/posix/FailingCalls.h"
 
 #include <array>
 

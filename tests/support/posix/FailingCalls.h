@@ -29,3 +29,4 @@ private:
 /// Calls in which threads wait for descriptors, and calls of `recv` that may wait, of the whole process.
 extern std::atomic<int> WaitingPolls;
 extern std::atomic<int> BlockingReceives;
+using Interposed::MappedBytes;
