@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -27,7 +28,7 @@ Listener::Listener() : Descriptor(socket(AF_INET, SOCK_STREAM, 0)), BoundPort(0)
 {
     sockaddr_in address = Loopback(0);
     bind(Descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    listen(Descriptor, 256);
+    listen(Descriptor, 1024);
     socklen_t size = sizeof address;
     getsockname(Descriptor, reinterpret_cast<sockaddr*>(&address), &size);
     BoundPort = ntohs(address.sin_port);
@@ -80,6 +81,12 @@ bool RecvAll(int descriptor, void* data, std::size_t size)
     return true;
 }
 
+std::size_t RecvSome(int descriptor, void* data, std::size_t size)
+{
+    const ssize_t received = recv(descriptor, data, size, 0);
+    return received > 0 ? static_cast<std::size_t>(received) : 0;
+}
+
 void Drain(int descriptor)
 {
     std::vector<char> sink(65536);
@@ -91,6 +98,14 @@ void CloseDescriptor(int descriptor)
 {
     shutdown(descriptor, SHUT_RDWR);
     close(descriptor);
+}
+
+void AllowManyDescriptors()
+{
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 void AnswerRequests(int descriptor, std::size_t requestSize, std::vector<unsigned char> reply,

@@ -32,9 +32,13 @@ private:
 
 bool SendAll(int descriptor, const void* data, std::size_t size);
 bool RecvAll(int descriptor, void* data, std::size_t size);
+/// What is there, at least a byte; 0 at the end.
+std::size_t RecvSome(int descriptor, void* data, std::size_t size);
 /// Reads and forgets until the peer closes.
 void Drain(int descriptor);
 void CloseDescriptor(int descriptor);
+/// As many descriptors as the system lets this process have.
+void AllowManyDescriptors();
 /// Answers every request of so many bytes with the reply that make(request, reply) fills, until the peer
 /// closes.
 void AnswerRequests(int descriptor, std::size_t requestSize, std::vector<unsigned char> reply,

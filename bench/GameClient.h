@@ -9,11 +9,13 @@
 namespace Bench
 {
 
-/// Counts movement messages.
+/// Counts movement messages, and those without parameters.
 class CountingStub : public CNTStub_Quiet
 {
 public:
-    void SC_ObjectMove(unsigned long&, CDRVector&, short&, long&) override
+    void SC_ObjectMove(unsigned long&, CDRVector&, short&, long&) override { CountOne(); }
+    void SC_Event29002() override { CountOne(); }
+    void CountOne()
     {
         const long count = Count.load(std::memory_order_relaxed) + 1;
         Count.store(count, std::memory_order_relaxed);

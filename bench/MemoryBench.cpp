@@ -1,9 +1,15 @@
-// What one connection costs: resident memory when fresh and after a burst, and wake-ups while idle.
+// What connections cost in memory, and in wake-ups while they are idle. Each case in a process of its own
+// that has had no connection before.
+//
+//     MemoryBench first|thousand|flood|idle
+//     MemoryBench backlog PACKETS...
 
+#include "bench/Figures.h"
 #include "bench/GameClient.h"
 
 #include <chrono>
-#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -14,96 +20,162 @@
 namespace
 {
 
-constexpr int Connections = 50;
-constexpr int BurstPackets = 200;
-
-/// A number behind a name in a file of the process's own status; 0 when it is not there.
+/// The sum of the numbers behind a name in a file of the process's own status.
 long StatusValue(const std::filesystem::path& file, const std::string& name)
 {
     std::ifstream status(file);
     std::string word;
     long value = 0;
+    long sum = 0;
     while (status >> word)
         if (word == name && status >> value)
-            return value;
-    return 0;
+            sum += value;
+    return sum;
 }
 
-long ResidentKiB()
+/// What the stacks of threads hold: mappings of a thread stack's usual size.
+long StacksKiB()
 {
-    return StatusValue("/proc/self/smaps_rollup", "Rss:");
+    std::ifstream maps("/proc/self/smaps");
+    std::string word;
+    long size = 0;
+    long value = 0;
+    long sum = 0;
+    while (maps >> word)
+        if (word == "Size:" && maps >> value)
+            size = value;
+        else if (word == "Rss:" && maps >> value && size == 8192)
+            sum += value;
+    return sum;
 }
+
+/// Resident memory in KiB: all of it, what of it belongs to this process alone (the rest is code, which every
+/// process shares), and what thread stacks hold. The system's page tables come on top.
+struct Resident {
+    double All = static_cast<double>(StatusValue("/proc/self/smaps_rollup", "Rss:"));
+    double Own = static_cast<double>(StatusValue("/proc/self/smaps_rollup", "Private_Dirty:"));
+    double Stacks = static_cast<double>(StacksKiB());
+    double PageTables = static_cast<double>(StatusValue("/proc/self/status", "VmPTE:"));
+
+    void Report(const std::string& name, const Resident& before, double connections) const
+    {
+        Bench::Figure(name + ".kib", (All - before.All) / connections);
+        Bench::Figure(name + ".own_kib", (Own - before.Own) / connections);
+        Bench::Figure(name + ".stack_kib", (Stacks - before.Stacks) / connections);
+        Bench::Figure(name + ".page_tables_kib", (PageTables - before.PageTables) / connections);
+    }
+};
 
 /// Times that any thread but the calling one gave up its core because it had to wait.
-long WakeUps()
+double WakeUps()
 {
     long sum = 0;
     for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task"))
         sum += StatusValue(thread.path() / "status", "voluntary_ctxt_switches:");
-    return sum - StatusValue("/proc/thread-self/status", "voluntary_ctxt_switches:");
+    return static_cast<double>(sum - StatusValue("/proc/thread-self/status", "voluntary_ctxt_switches:"));
 }
 
+using Sizes = std::vector<long>;
 using Clients = std::vector<std::unique_ptr<Bench::GameClient>>;
 
-void Connect(const Bench::Listener& listener, Clients& clients)
+void Connect(const Bench::Listener& listener, Clients& clients, int count)
 {
-    for (int i = 0; i < Connections; ++i)
+    for (int i = 0; i < count; ++i)
         clients.push_back(std::make_unique<Bench::GameClient>(listener));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
 }
 
-void SendBurst(const Clients& clients)
+/// So many packets queued as a whole before the first is drained. Returns the nanoseconds that draining one
+/// took.
+double Flood(Bench::GameClient& client, long packets)
 {
+    constexpr long PerWrite = 200;
     const CNTPacket packet = Bench::MovementMessage();
-    std::vector<unsigned char> burst;
-    for (int i = 0; i < BurstPackets; ++i)
-        burst.insert(burst.end(), packet.GetBuf(), packet.GetBuf() + packet.GetBufSize());
-    for (const auto& client : clients) {
-        Bench::SendAll(client->Peer, burst.data(), burst.size());
-        while (client->GetRecvBytes() < burst.size())
-            std::this_thread::yield();
-    }
+    std::vector<unsigned char> block;
+    for (long i = 0; i < PerWrite; ++i)
+        block.insert(block.end(), packet.GetBuf(), packet.GetBuf() + packet.GetBufSize());
+    for (long sent = 0; sent < packets; sent += PerWrite)
+        Bench::SendAll(client.Peer, block.data(), block.size());
+    while (client.GetQueuedPackets() < static_cast<unsigned long>(packets))
+        std::this_thread::yield();
+    const auto start = std::chrono::steady_clock::now();
+    client.ProcessQueuedMessageFromServer();
+    const std::chrono::duration<double, std::nano> passed = std::chrono::steady_clock::now() - start;
+    return passed.count() / static_cast<double>(packets);
 }
 
-void DrainBurst(const Clients& clients)
+void First(const Bench::Listener& listener, const Sizes&)
 {
+    const Resident before;
+    Clients clients;
+    Connect(listener, clients, 1);
+    Resident().Report("memory.first", before, 1);
+}
+
+void Thousand(const Bench::Listener& listener, const Sizes&)
+{
+    constexpr int Count = 1000;
+    const Resident before;
+    Clients clients;
+    clients.reserve(Count);
+    Connect(listener, clients, Count);
+    Resident().Report("memory.thousand", before, Count);
     for (const auto& client : clients)
-        while (client->Stub.Count < BurstPackets)
-            client->ProcessQueuedMessageFromServer();
+        Flood(*client, 200);
+    Resident().Report("memory.after_200", before, Count);
 }
 
-void Report(const char* what, double value, const char* unit, double limit)
+void Floods(const Bench::Listener& listener, const Sizes&)
 {
-    std::printf("RATIO  %-46s %6.1f %s  (at most %.0f: %s)\n", what, value, unit, limit,
-                value <= limit ? "reached" : "NOT REACHED");
+    const Resident before;
+    Clients clients;
+    Connect(listener, clients, 1);
+    Resident().Report("memory.before_floods", before, 1);
+    for (int i = 0; i < 2; ++i)
+        Flood(*clients[0], 200000);
+    Resident().Report("memory.after_floods", before, 1);
 }
+
+void Idle(const Bench::Listener& listener, const Sizes&)
+{
+    Clients clients;
+    Connect(listener, clients, 50);
+    const double asleep = WakeUps();
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    Bench::Figure("idle.wake_ups", WakeUps() - asleep);
+}
+
+void Backlogs(const Bench::Listener& listener, const Sizes& floods)
+{
+    Clients clients;
+    Connect(listener, clients, 1);
+    for (const long packets : floods)
+        Bench::Figure("backlog." + std::to_string(packets) + ".drain_ns", Flood(*clients[0], packets));
+}
+
+struct Case {
+    const char* Name;
+    void (*Measure)(const Bench::Listener& listener, const Sizes& floods);
+};
+
+constexpr Case Cases[] = {
+    {"first", First}, {"thousand", Thousand}, {"flood", Floods}, {"idle", Idle}, {"backlog", Backlogs}};
 
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    Bench::AllowManyDescriptors();
     const Bench::Listener listener;
-    {
-        // What only the first connection of a process brings is not a connection's cost.
-        Clients first;
-        Connect(listener, first);
-        first.resize(1);
-        SendBurst(first);
-        DrainBurst(first);
-    }
-    Clients clients;
-    clients.reserve(Connections);
-    const long before = ResidentKiB();
-    Connect(listener, clients);
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    Report("a fresh connection", static_cast<double>(ResidentKiB() - before) / Connections, "KiB", 64);
-
-    const long asleep = WakeUps();
-    std::this_thread::sleep_for(std::chrono::seconds(2));
-    Report("wake-ups of idle connections in two seconds", static_cast<double>(WakeUps() - asleep), "   ", 0);
-
-    SendBurst(clients);
-    DrainBurst(clients);
-    Report("a connection after 200 packets", static_cast<double>(ResidentKiB() - before) / Connections, "KiB",
-           256);
-    return 0;
+    Sizes sizes;
+    for (int i = 2; i < argc; ++i)
+        sizes.push_back(std::atol(argv[i]));
+    for (const Case& one : Cases)
+        if (argc > 1 && std::strcmp(argv[1], one.Name) == 0) {
+            // What looking itself needs is there from now on.
+            Resident();
+            one.Measure(listener, sizes);
+            return 0;
+        }
+    return 2;
 }

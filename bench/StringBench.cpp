@@ -1,8 +1,10 @@
 // What the string costs beside std::string, and a copy of it beside the atomic increment it consists of.
 
-#include "bench/Ratios.h"
+#include "bench/Repeated.h"
 
 #include "KesraNTC/base/CString.h"
+
+#include <benchmark/benchmark.h>
 
 #include <atomic>
 #include <cstdint>
@@ -174,18 +176,5 @@ BENCHMARK(ReplaceLongerStd);
 
 int main(int argc, char** argv)
 {
-    using Bench::Ratio;
-    return Bench::RunAndCompare(
-        argc, argv,
-        {{"string copy / atomic increment", "Copy", "BareIncrement", Ratio::TimeAtMost, 2},
-         {"copy and destroy / increment and decrement", "CopyAndDestroy", "BareIncrementAndDecrement",
-          Ratio::TimeAtMost, 2},
-         {"+= of short texts / std::string", "Append", "AppendStd", Ratio::TimeAtMost, 2},
-         {"Find of a character in 1 KiB / std::string", "FindCharacter", "FindCharacterStd",
-          Ratio::TimeAtMost, 2},
-         {"Find of a text in 1 KiB / std::string", "FindText", "FindTextStd", Ratio::TimeAtMost, 2},
-         {"Replace in 1 KiB, same length / std::string", "ReplaceSame", "ReplaceSameStd", Ratio::TimeAtMost,
-          2},
-         {"Replace in 1 KiB, longer / std::string", "ReplaceLonger", "ReplaceLongerStd", Ratio::TimeAtMost,
-          2}});
+    return Bench::RunRepeated(argc, argv, "string");
 }

@@ -135,7 +135,8 @@ std::shared_ptr<ClientConnection> CNTBaseClient::NewestConnection()
 
 std::shared_ptr<ClientConnection> CNTBaseClient::SpokenConnection()
 {
-    for (const auto& connection : State->GetReceivers())
+    const auto receivers = State->GetReceivers();
+    for (const auto& connection : *receivers)
         if (connection->IsCurrent())
             return connection;
     return NewestConnection();

@@ -176,9 +176,9 @@ private:
     void ApplyOptionsToOwnSocket();
 
     void ReceiveLoop(Kesra::ClientConnection& connection);
-    bool TakeRead(Kesra::ClientConnection& connection, CNTPacket& packet);
-    bool Collect(Kesra::ClientConnection& connection, CNTPacket& packet, unsigned long received,
-                 bool& isComplete);
+    bool TakeRead(Kesra::ClientConnection& connection);
+    bool Collect(Kesra::ClientConnection& connection, unsigned long received, bool& isComplete);
+    void QueueCollected();
     bool TakeAhead(Kesra::ClientConnection& connection);
     static DWORD TakeWholePackets(void* context, const char* data, DWORD size);
     bool WaitForRoom(Kesra::ClientConnection& connection);

@@ -99,8 +99,8 @@ bool CNTBaseClient::BeginConnecting(std::shared_ptr<ClientConnection>& connectio
 {
     Close();
     const auto receivers = State->GetReceivers();
-    if (!receivers.empty())
-        receivers.back()->Retire();
+    if (!receivers->empty())
+        receivers->back()->Retire();
     if (!Io->IsWhole() || State->Abort.Get() == nullptr) {
         FailToMakeSocket(ERROR_NOT_ENOUGH_MEMORY);
         return false;
@@ -236,7 +236,8 @@ void CNTBaseClient::AddReceiver(const std::shared_ptr<ClientConnection>& connect
 
 std::shared_ptr<ClientConnection> CNTBaseClient::BeginReceiver()
 {
-    for (const auto& connection : State->GetReceivers())
+    const auto receivers = State->GetReceivers();
+    for (const auto& connection : *receivers)
         if (connection->Begin())
             return connection;
     // The game runs the procedure on a thread of its own.
@@ -273,7 +274,7 @@ void CNTBaseClient::StopReceiving()
 {
     State->IsStopping = true;
     AbortConnecting();
-    std::vector<std::shared_ptr<ClientConnection>> stopped;
+    std::shared_ptr<const ReceiverList> stopped;
     // ProcessDisconnection may be connecting again at this moment.
     do {
         // Whoever is inside ConnectToServer leaves first, and nobody enters any more.
@@ -281,10 +282,10 @@ void CNTBaseClient::StopReceiving()
             const Held connecting(State->ConnectLock);
         }
         stopped = State->GetReceivers();
-        for (const auto& connection : stopped)
+        for (const auto& connection : *stopped)
             connection->ClaimNotification();
         Close();
-        for (const auto& connection : stopped) {
+        for (const auto& connection : *stopped) {
             connection->Retire();
             if (!connection->IsCurrent())
                 connection->WaitForEnd(INFINITE);
@@ -299,10 +300,10 @@ bool CNTBaseClient::WaitForReceiveThread(unsigned long milliseconds)
     const auto timeLeft = [&] {
         return limit == INFINITE ? INFINITE : limit - std::min<DWORD>(limit, ::GetTickCount() - start);
     };
-    std::vector<std::shared_ptr<ClientConnection>> ended;
+    std::shared_ptr<const ReceiverList> ended;
     while (ended != State->GetReceivers()) {
         ended = State->GetReceivers();
-        for (const auto& connection : ended)
+        for (const auto& connection : *ended)
             if (connection->IsCurrent() || !connection->WaitForEnd(timeLeft()))
                 return false;
     }

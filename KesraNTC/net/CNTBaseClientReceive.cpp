@@ -31,17 +31,23 @@ bool FailForMemory(ClientConnection& connection)
     return FailTransfer(connection, WSA_NOT_ENOUGH_MEMORY);
 }
 
-/// Why the watched socket has failed; 0 while it has not.
+/// Why the watched socket has failed; 0 while it has not, the server's orderly close included.
 int CloseError(const ClientConnection& connection, HANDLE happening)
 {
     WSANETWORKEVENTS events{};
     WSAEnumNetworkEvents(connection.Socket, happening, &events);
-    return events.iErrorCode[FD_CLOSE_BIT];
+    if ((events.lNetworkEvents & FD_CLOSE) == 0 || events.iErrorCode[FD_CLOSE_BIT] != 0)
+        return events.iErrorCode[FD_CLOSE_BIT];
+    // Not every system tells a reset from an orderly close, after which one can still send.
+    WSABUF nothing{0, nullptr};
+    DWORD sent = 0;
+    const bool isOpen = WSASend(connection.Socket, &nothing, 1, &sent, 0, nullptr, nullptr) == 0;
+    return isOpen ? 0 : WSAECONNRESET;
 }
 
 /// How far whole packets reach from the front of so many bytes, and how many they are. One with a strange
 /// header is left to the collection, which says so.
-std::size_t WholePackets(const char* data, std::size_t size, std::uint64_t& count)
+std::size_t WholePackets(const char* data, std::size_t size, std::size_t& count)
 {
     std::size_t end = 0;
     while (size - end >= CNTPacket::HeaderSize) {
@@ -89,13 +95,12 @@ void CNTBaseClient::RecvFromServer_Proc(void* argument)
 
 void CNTBaseClient::ReceiveLoop(ClientConnection& connection)
 {
-    CNTPacket packet{CNTPacket::Unzeroed{}};
     const HANDLE events[] = {OverlappedIN.hEvent, connection.Out.GetEvent().Get()};
     bool isGoing = true;
     while (isGoing) {
         switch (WaitForMultipleObjects(2, events, FALSE, INFINITE)) {
         case WAIT_OBJECT_0:
-            isGoing = TakeRead(connection, packet);
+            isGoing = TakeRead(connection);
             break;
         case WAIT_OBJECT_0 + 1:
             isGoing = TakeSendCompletion(connection);
@@ -106,7 +111,7 @@ void CNTBaseClient::ReceiveLoop(ClientConnection& connection)
     }
 }
 
-bool CNTBaseClient::TakeRead(ClientConnection& connection, CNTPacket& packet)
+bool CNTBaseClient::TakeRead(ClientConnection& connection)
 try {
     DWORD received = 0;
     DWORD flags = 0;
@@ -122,28 +127,25 @@ try {
         return false;
     }
     bool isComplete = false;
-    if (!Collect(connection, packet, received, isComplete))
+    if (!Collect(connection, received, isComplete))
         return false;
     isComplete = TakeAhead(connection) || isComplete;
     if (IsRoomNeeded() && !WaitForRoom(connection))
         return false;
     const bool isReading = IssueNetRead();
-    // A dense stream keeps the read event set; the write must not starve behind it.
-    if (connection.Out.IsWriting() && !TakeSendCompletion(connection))
+    // A dense stream keeps the read event set; what waits to be sent must not starve behind it.
+    if (connection.Out.IsBusy() && !TakeSendCompletion(connection))
         return false;
     return DispatchHere(connection, isComplete) && isReading;
 } catch (const OutOfMemory&) {
     return FailForMemory(connection);
 }
 
-bool CNTBaseClient::Collect(ClientConnection& connection, CNTPacket& packet, unsigned long received,
-                            bool& isComplete)
+bool CNTBaseClient::Collect(ClientConnection& connection, unsigned long received, bool& isComplete)
 {
     const unsigned long collected = CollectPacket(received);
     if (collected == PacketComplete) {
-        packet.SetBufSize(0);
-        packet.SetBufPoint(0);
-        MakeCompletePacket(packet);
+        QueueCollected();
         CountUp(connection.PacketsReceived, 1);
         isComplete = true;
     } else if (collected < PacketPartial) {
@@ -154,6 +156,13 @@ bool CNTBaseClient::Collect(ClientConnection& connection, CNTPacket& packet, uns
     AddRecvBytes(received);
     CountUp(connection.BytesReceived, received);
     return true;
+}
+
+/// By itself, so that an idle thread's stack does not hold a packet.
+[[gnu::noinline]] void CNTBaseClient::QueueCollected()
+{
+    CNTPacket packet{CNTPacket::Unzeroed{}};
+    MakeCompletePacket(packet);
 }
 
 bool CNTBaseClient::TakeAhead(ClientConnection& connection)
@@ -177,17 +186,18 @@ DWORD CNTBaseClient::TakeWholePackets(void* context, const char* data, DWORD siz
         used = client.RemainSize;
         std::memcpy(client.Buf + client.RecvSize, data, used);
         client.CollectPacket(static_cast<unsigned long>(used));
-        CNTPacket packet{CNTPacket::Unzeroed{}};
-        client.MakeCompletePacket(packet);
+        client.QueueCollected();
         ++taker.Packets;
     }
     if (client.RecvSize != 0)
         return static_cast<DWORD>(used);
-    const std::size_t whole = WholePackets(data + used, size - used, taker.Packets);
+    std::size_t count = 0;
+    const std::size_t whole = WholePackets(data + used, size - used, count);
     if (client.IsDispatchedHere())
-        taker.Owner.Ahead.Append(data + used, whole);
+        taker.Owner.Ahead.Append(data + used, whole, count);
     else
-        client.QueuePackets(data + used, whole);
+        client.QueuePackets(data + used, whole, count);
+    taker.Packets += count;
     return static_cast<DWORD>(used + whole);
 }
 
@@ -256,7 +266,7 @@ void CNTBaseClient::DispatchAhead(ClientConnection& connection)
         if (IsDispatchedHere())
             ProcessPacketFromServer(packet);
         else
-            QueuePackets(reinterpret_cast<const char*>(packet.GetBuf()), packet.GetBufSize());
+            QueuePackets(reinterpret_cast<const char*>(packet.GetBuf()), packet.GetBufSize(), 1);
     }
     connection.Ahead.Clear();
 }

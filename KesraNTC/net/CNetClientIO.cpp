@@ -3,20 +3,19 @@
 #include "KesraNTC/net/private/Backlog.h"
 #include "KesraNTC/net/private/Drain.h"
 #include "KesraNTC/net/private/IoState.h"
+#include "KesraNTC/net/private/OutOfMemory.h"
 
 using namespace Kesra;
 
 CNetClientIO::CNetClientIO() : Received(std::make_unique<Backlog>())
 {
     PacketQueue.reserve(InitialQueue);
-    Received->TakenWhole.reserve(InitialQueue);
 }
 
 CNetClientIO::~CNetClientIO() = default;
 
 CNetClientIO::CNetClientIO(const CNetClientIO& other) : CNetIO(other), Received(std::make_unique<Backlog>())
 {
-    Received->TakenWhole.reserve(InitialQueue);
     CopyQueue(other);
 }
 
@@ -52,17 +51,18 @@ bool CNetClientIO::MakeCompletePacket(CNTPacket& packet)
 {
     packet.Write(Buf, static_cast<unsigned short>(PacketSize));
     packet.SetBufPoint(0);
-    QueuePackets(Buf, PacketSize);
+    QueuePackets(Buf, PacketSize, 1);
     std::memset(Buf, 0, PacketSize);
     RecvStage = PacketSize = RecvSize = 0;
     RemainSize = CNTPacket::HeaderSize;
     return true;
 }
 
-void CNetClientIO::QueuePackets(const char* packets, std::size_t bytes)
+void CNetClientIO::QueuePackets(const char* packets, std::size_t bytes, std::size_t count)
 {
     const Held queueing(Received->QueueLock);
     const char* const end = packets + bytes;
+    ReserveQueue();
     while (packets != end && Received->Behind.Count == 0 && PacketQueue.size() < InitialQueue) {
         const std::size_t size = SizeOfPacket(packets);
         CNTPacket& whole = PacketQueue.emplace_back(CNTPacket::Unzeroed{});
@@ -70,8 +70,18 @@ void CNetClientIO::QueuePackets(const char* packets, std::size_t bytes)
         whole.SetBufPoint(0);
         Received->WholeBytes += size;
         packets += size;
+        --count;
     }
-    Received->Behind.Append(packets, static_cast<std::size_t>(end - packets));
+    if (count != 0)
+        Received->Behind.Append(packets, static_cast<std::size_t>(end - packets), count);
+}
+
+/// A drain may have left a queue that never held anything.
+void CNetClientIO::ReserveQueue()
+try {
+    PacketQueue.reserve(InitialQueue);
+} catch (const std::bad_alloc&) {
+    throw OutOfMemory();
 }
 
 unsigned long CNetClientIO::GetQueuedPackets()

@@ -45,7 +45,8 @@ public:
 
 protected:
     /// Queues whole packets that lie one behind the other. Throws std::bad_alloc; some may be queued then.
-    void QueuePackets(const char* packets, std::size_t bytes);
+    void QueuePackets(const char* packets, std::size_t bytes, std::size_t count);
+    void ReserveQueue();
     /// True when reading has to stop until some of the queue has been drained.
     bool IsOverfull();
 

@@ -289,7 +289,7 @@ bool CNetIO::AdvanceSends(ClientConnection& connection, int& error)
 {
     const Held sending(Io->SendLock, SendRole);
     SendProgress progress;
-    const bool isGoing = connection.Out.Advance(progress);
+    const bool isGoing = connection.Out.Advance(progress, true);
     CountSent(connection, progress.Sent);
     error = progress.Error;
     return isGoing;
@@ -306,7 +306,16 @@ unsigned long CNetIO::GetUnsentBytes()
     if (Io == nullptr)
         return 0;
     const Held sending(Io->SendLock, SendRole);
-    return Io->Current != nullptr ? static_cast<unsigned long>(Io->Current->Out.GetUnsent()) : 0;
+    ClientConnection* connection = Io->Current.get();
+    if (connection == nullptr)
+        return 0;
+    // Whoever waits here for the outbox to empty may be a handler on the receive thread.
+    if (connection->Out.IsBusy() && connection->Socket == Shared(Socket).load()) {
+        SendProgress progress;
+        connection->Out.Advance(progress, false);
+        CountSent(*connection, progress.Sent);
+    }
+    return static_cast<unsigned long>(connection->Out.GetUnsent());
 }
 
 void CNetIO::SetOutboxLimit(unsigned long bytes)

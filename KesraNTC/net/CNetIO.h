@@ -71,9 +71,11 @@ public:
     /// Failed, too, when the packet does not fit into what may wait (SetOutboxLimit).
     ///
     /// Without one: starts an overlapped send with the write block, whose event is signalled on completion.
-    /// The data must stay until then, one send can be outstanding, and the caller counts.
+    /// The data must stay until then, one send can be outstanding, and the caller counts. Windows cancels the
+    /// send when the thread that called ends before it has completed.
     unsigned long SendPacket(char* data, unsigned long len);
-    /// Bytes that wait in the outbox, on their way to the socket; a game paces itself by it. Any thread.
+    /// Bytes that wait in the outbox once the socket has been offered them again; a game paces itself by it.
+    /// Any thread, in handlers too.
     unsigned long GetUnsentBytes();
     /// How many bytes may wait in the outbox: 1 MiB unless set, at least 4096. Any thread; stays for later
     /// connections.

@@ -56,8 +56,12 @@ void CPropCollection::Append(const char* name, _variant_t& value)
 {
     const std::size_t before = Properties.size();
     const auto pair = Properties.try_emplace(Properties.end(), CString(name));
-    if (Properties.size() != before)
-        pair->second.Attach(value);
+    if (Properties.size() == before)
+        return;
+    const bool isPointing = Kesra::HoldsPointer(value);
+    pair->second.Attach(value);
+    if (isPointing)
+        value.decVal = {};
 }
 
 bool CPropCollection::WriteTo(CNTPacket& packet) const

@@ -138,6 +138,12 @@ bool Kesra::WriteText(CNTPacket& packet, const char* text)
     return packet.GetBufSize() - before == sizeof(unsigned short) + std::strlen(text);
 }
 
+bool Kesra::HoldsPointer(const VARIANT& value)
+{
+    return (value.vt & (VT_BYREF | VT_ARRAY)) != 0 || value.vt == VT_BSTR || value.vt == VT_DISPATCH ||
+           value.vt == VT_UNKNOWN;
+}
+
 bool Kesra::WriteVariant(CNTPacket& packet, const _variant_t& value)
 {
     const auto tag = static_cast<VARTYPE>(value.vt & ~VT_BYREF);
@@ -158,7 +164,10 @@ HRESULT Kesra::GetVariant(CNTPacket& packet, _variant_t& value) noexcept
 void Kesra::ReadVariant(CNTPacket& packet, _variant_t& value)
 {
     constexpr VARTYPE BstrReference = VT_BSTR | VT_BYREF;
+    const bool isPointing = HoldsPointer(value);
     value.Clear();
+    if (isPointing)
+        value.decVal = {};
     VARTYPE tag = VT_EMPTY;
     if (packet.Read(&tag, sizeof tag) != sizeof tag)
         return;

@@ -26,6 +26,9 @@ KESRANTC_API HRESULT GetVariant(CNTPacket& packet, _variant_t& value) noexcept;
 
 /// Writes as operator<< does, and tells whether the whole value found room.
 bool WriteVariant(CNTPacket& packet, const _variant_t& value);
+/// Whether its value is an address. Where one has gone, it must not turn up in a value of which a packet
+/// holds only a part.
+bool HoldsPointer(const VARIANT& value);
 /// Reads as operator>> does.
 void ReadVariant(CNTPacket& packet, _variant_t& value);
 /// Writes a length-prefixed string and tells whether all of it found room.

@@ -91,7 +91,7 @@ private:
     void ChaseTarget(float elapsed);
     void FaceTravel();
 
-    friend CNTPacket& operator>>(CNTPacket& packet, CDRVector& vector);
+    template <class In> friend In& ReadFields(In& in, CDRVector& vector);
 
     DR_STATE State = DR_INIT;
     Motion Own;
@@ -113,11 +113,17 @@ inline CNTPacket& operator<<(CNTPacket& packet, const CDRVector& vector)
     return WriteFields(packet, vector);
 }
 
-/// Reads x and z of the position, the heading and the speed; all else stays.
+/// Reads x and z of the position, the heading and the speed from a packet or any other source; all else
+/// stays.
+template <class In> In& ReadFields(In& in, CDRVector& vector)
+{
+    ReadFields(in, vector.Own.Pos);
+    in >> vector.Own.AY;
+    in >> vector.Own.Speed;
+    return in;
+}
+
 inline CNTPacket& operator>>(CNTPacket& packet, CDRVector& vector)
 {
-    packet >> vector.Own.Pos;
-    packet >> vector.Own.AY;
-    packet >> vector.Own.Speed;
-    return packet;
+    return ReadFields(packet, vector);
 }

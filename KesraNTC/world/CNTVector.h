@@ -47,10 +47,15 @@ inline CNTPacket& operator<<(CNTPacket& packet, const CNTVector& vector)
     return WriteFields(packet, vector);
 }
 
-/// Reads x and z; y stays.
+/// Reads x and z from a packet or any other source; y stays.
+template <class In> In& ReadFields(In& in, CNTVector& vector)
+{
+    in >> vector.x;
+    in >> vector.z;
+    return in;
+}
+
 inline CNTPacket& operator>>(CNTPacket& packet, CNTVector& vector)
 {
-    packet >> vector.x;
-    packet >> vector.z;
-    return packet;
+    return ReadFields(packet, vector);
 }

@@ -127,7 +127,7 @@ void Connection::Read()
     Socket.async_read_some(room, [self = shared_from_this()](asio::error_code error, std::size_t bytes) {
         self->Reading = false;
         if (self->Ended) {
-            self->DrainNext();
+            self->DrainOn(error);
             return;
         }
         if (error) {
@@ -393,13 +393,16 @@ void Connection::DrainNext()
 {
     Socket.async_read_some(
         asio::buffer(Incoming),
-        [self = shared_from_this()](asio::error_code error, std::size_t) {
-            if (error) {
-                self->EndTimer.cancel();
-                return;
-            }
-            self->DrainNext();
-        });
+        [self = shared_from_this()](asio::error_code error, std::size_t) { self->DrainOn(error); });
+}
+
+/// The end of a stream is told once: a read behind it would wait for the limit.
+void Connection::DrainOn(const asio::error_code& error)
+{
+    if (error)
+        EndTimer.cancel();
+    else
+        DrainNext();
 }
 
 } // namespace Kesra

@@ -85,6 +85,7 @@ private:
     void End(const std::string& why, bool malformed);
     void Drain();
     void DrainNext();
+    void DrainOn(const asio::error_code& error);
 
     asio::ip::tcp::socket Socket;
     asio::steady_timer PieceTimer;

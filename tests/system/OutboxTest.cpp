@@ -122,8 +122,8 @@ TEST_F(Outbox, AServerThatOnlySendsClockMessagesJamsNobody)
     EXPECT_NE(Log.Log().find(line, first + 1), std::string::npos) << "a direct one is logged every time";
 }
 
-/// The receive thread may sit in a handler, so that senders empty the outbox themselves.
-TEST_F(Outbox, IsEmptiedByLaterSendersToo)
+/// The receive thread may sit in a handler, so that senders and those who wait empty the outbox themselves.
+TEST_F(Outbox, IsEmptiedByWhoeverSendsOrAsks)
 {
     EventHandle isInside{EventHandle::AutoReset};
     EventHandle mayLeave{EventHandle::AutoReset};
@@ -137,13 +137,19 @@ TEST_F(Outbox, IsEmptiedByLaterSendersToo)
     Game.SetOutboxLimit(30 * PacketBytes);
     const unsigned taken = Fill();
     std::thread reading([&] { ExpectFilled(taken); });
-    char nothing = 0;
-    Until("a sender has emptied it", [&] {
-        Game.SendPacket(&nothing, 0);
-        return Game.GetUnsentBytes() == 0;
-    });
+    Until("the thread that paces itself has emptied it", [&] { return Game.GetUnsentBytes() == 0; });
     reading.join();
     mayLeave.Set();
+}
+
+/// A system may cancel what an ended thread has begun to write.
+TEST_F(Outbox, LeavesWhenItsSenderHasEnded)
+{
+    Game.SetOutboxLimit(30 * PacketBytes);
+    unsigned taken = 0;
+    std::thread([&] { taken = Fill(); }).join();
+    ExpectFilled(taken);
+    EXPECT_FALSE(Game.WaitForReceiveThread(0)) << "the connection has ended";
 }
 
 TEST_F(Outbox, NobodyWaitsForItsEnd)

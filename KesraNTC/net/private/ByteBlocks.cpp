@@ -9,27 +9,19 @@
 namespace Kesra
 {
 
-struct ByteBlocks::Block {
-    Block* Next = nullptr;
-    std::size_t Begin = 0;
-    std::size_t End = 0;
+ByteBlocks::Block* ByteBlocks::Block::Make()
+{
+    void* pages = VirtualAlloc(nullptr, BlockSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    if (pages == nullptr)
+        throw OutOfMemory();
+    return new (pages) Block;
+}
 
-    static constexpr std::size_t Room() { return BlockSize - sizeof(Block); }
-    unsigned char* Data() { return reinterpret_cast<unsigned char*>(this + 1); }
-
-    static Block* Make()
-    {
-        void* pages = VirtualAlloc(nullptr, BlockSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
-        if (pages == nullptr)
-            throw OutOfMemory();
-        return new (pages) Block;
-    }
-    static void Free(Block* block)
-    {
-        if (block != nullptr)
-            VirtualFree(block, 0, MEM_RELEASE);
-    }
-};
+void ByteBlocks::Block::Free(Block* block)
+{
+    if (block != nullptr)
+        VirtualFree(block, 0, MEM_RELEASE);
+}
 
 ByteBlocks::ByteBlocks(const ByteBlocks& other)
 {
@@ -57,7 +49,7 @@ ByteBlocks::~ByteBlocks()
 
 unsigned char* ByteBlocks::Reserve(std::size_t size)
 {
-    if (Last == nullptr || Block::Room() - Last->End < size) {
+    if (GetRoom() < size) {
         Block* block = Spare != nullptr ? std::exchange(Spare, nullptr) : Block::Make();
         (Last != nullptr ? Last->Next : First) = block;
         Last = block;
@@ -75,34 +67,18 @@ void ByteBlocks::Append(const void* data, std::size_t size)
     Bytes += size;
 }
 
-std::span<const unsigned char> ByteBlocks::Front() const
+void ByteBlocks::DropFirst()
 {
-    if (First == nullptr)
-        return {};
-    return {First->Data() + First->Begin, First->End - First->Begin};
-}
-
-void ByteBlocks::Pop(std::size_t size)
-{
-    Bytes -= size;
-    First->Begin += size;
-    if (First->Begin != First->End)
-        return;
     Block* empty = First;
     First = empty->Next;
     if (First == nullptr)
         Last = nullptr;
-    Drop(empty);
-}
-
-void ByteBlocks::Drop(Block* block)
-{
     if (Spare != nullptr) {
-        Block::Free(block);
+        Block::Free(empty);
         return;
     }
-    *block = Block{};
-    Spare = block;
+    *empty = Block{};
+    Spare = empty;
 }
 
 void ByteBlocks::Clear()

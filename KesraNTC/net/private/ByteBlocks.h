@@ -8,11 +8,12 @@ namespace Kesra
 {
 
 /// Bytes in their order, in blocks of pages of their own, which go back to the system as they are used up.
-/// What is appended in one piece (at most 4096 bytes) lies in one piece. Belongs to whoever holds its lock.
+/// What is appended in one piece lies in one piece. Belongs to whoever holds its lock.
 class ByteBlocks
 {
 public:
     static constexpr std::size_t BlockSize = std::size_t{64} * 1024;
+    static constexpr std::size_t Beyond = 64; ///< bytes that may be read, though not used, behind any piece
 
     ByteBlocks() = default;
     ByteBlocks(const ByteBlocks& other);
@@ -27,24 +28,46 @@ public:
         std::swap(Bytes, other.Bytes);
     }
 
-    /// Throws std::bad_alloc, nothing appended.
+    /// Half a block at most. Throws std::bad_alloc, nothing appended.
     void Append(const void* data, std::size_t size);
+    /// How many bytes still go where the last ones lie.
+    std::size_t GetRoom() const { return Last != nullptr ? Block::Room() - Last->End : 0; }
 
     bool IsEmpty() const { return Bytes == 0; }
     std::size_t GetSize() const { return Bytes; }
     /// The oldest bytes that lie in one piece; they stay where they are until they are popped.
-    std::span<const unsigned char> Front() const;
+    std::span<const unsigned char> Front() const
+    {
+        if (First == nullptr)
+            return {};
+        return {First->Data() + First->Begin, First->End - First->Begin};
+    }
     /// Gives up the first so many bytes of Front. The last block that became empty is kept for what comes.
-    void Pop(std::size_t size);
+    void Pop(std::size_t size)
+    {
+        Bytes -= size;
+        First->Begin += size;
+        if (First->Begin == First->End)
+            DropFirst();
+    }
     void Clear();
     /// Gives the empty block back, too.
     void ReleaseSpare();
 
 private:
-    struct Block;
+    struct Block {
+        static constexpr std::size_t Room() { return BlockSize - sizeof(Block) - Beyond; }
+        static Block* Make();
+        static void Free(Block* block);
+        unsigned char* Data() { return reinterpret_cast<unsigned char*>(this + 1); }
+
+        Block* Next = nullptr;
+        std::size_t Begin = 0;
+        std::size_t End = 0;
+    };
 
     unsigned char* Reserve(std::size_t size);
-    void Drop(Block* block);
+    void DropFirst();
 
     Block* First = nullptr;
     Block* Last = nullptr;

@@ -11,6 +11,8 @@ namespace Kesra
 
 struct IoState;
 
+using ReceiverList = std::vector<std::shared_ptr<ClientConnection>>;
+
 /// What a client's threads share about its connections. A thread inside ConnectToServer keeps it, since the
 /// client may be deleted as soon as the connection has begun.
 struct ClientState {
@@ -22,8 +24,10 @@ struct ClientState {
         EventHandle::ManualReset}; ///< the connect in progress shall end; under IoState::CloseLock
 
     GuardLock ReceiverLock; ///< guards Receivers and the client's two dates; innermost
-    /// The newest connection last; before it those whose threads still run code of the game.
-    std::vector<std::shared_ptr<ClientConnection>> Receivers KESRANTC_LOCKING(guarded_by(ReceiverLock));
+    /// The newest connection last; before it those whose threads still run code of the game. Never changed,
+    /// only replaced: whoever looks needs no memory.
+    std::shared_ptr<const ReceiverList>
+        Receivers KESRANTC_LOCKING(guarded_by(ReceiverLock)) = std::make_shared<ReceiverList>();
 
     bool InDispatch KESRANTC_LOCKING(guarded_by(DispatchRole)) = false;
     std::atomic<unsigned long> SilenceLimit{UsualSilenceLimit};
@@ -31,7 +35,7 @@ struct ClientState {
     /// The generation whose clock answer has failed; answering it again would only fail again.
     std::atomic<std::uint64_t> ClockFailedOn{0};
 
-    std::vector<std::shared_ptr<ClientConnection>> GetReceivers()
+    std::shared_ptr<const ReceiverList> GetReceivers()
     {
         const Held reading(ReceiverLock);
         return Receivers;
@@ -39,8 +43,10 @@ struct ClientState {
     void AddReceiver(std::shared_ptr<ClientConnection> connection)
     {
         const Held publishing(ReceiverLock);
-        std::erase_if(Receivers, [](const auto& old) { return old->WaitForEnd(0); });
-        Receivers.push_back(std::move(connection));
+        auto receivers = std::make_shared<ReceiverList>(*Receivers);
+        std::erase_if(*receivers, [](const auto& old) { return old->WaitForEnd(0); });
+        receivers->push_back(std::move(connection));
+        Receivers = std::move(receivers);
     }
 };
 

@@ -3,8 +3,10 @@
 #include "KesraNTC/net/CNetClientIO.h"
 #include "KesraNTC/net/private/Backlog.h"
 #include "KesraNTC/net/private/IoState.h"
+#include "KesraNTC/platform/private/Pages.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Kesra
 {
@@ -23,10 +25,7 @@ Drain::~Drain()
         ForgetWhole();
     else
         PutBack();
-    // What a flood needed goes back with it; a dense stream, flood upon flood, keeps its last block.
-    if (Drained <= CNetClientIO::InitialQueue || Queue.LastDrained <= CNetClientIO::InitialQueue)
-        Queue.TakenBehind.Bytes.ReleaseSpare();
-    Queue.LastDrained = Drained;
+    GiveBack();
     // In one order with IsPaused: a reader that pauses at this moment says so first and then looks at the
     // count.
     Queue.TakenBytes.store(Queue.TakenBytes.load());
@@ -44,9 +43,34 @@ void Drain::ForgetWhole()
     Queue.NextWhole = 0;
 }
 
+/// What a flood needed goes back with it; a dense stream, flood upon flood, keeps its last block and its
+/// queue.
+void Drain::GiveBack()
+{
+    const bool isFlood = Drained > CNetClientIO::InitialQueue;
+    const bool wasFlood = std::exchange(Queue.LastDrained, Drained) > CNetClientIO::InitialQueue;
+    if (isFlood && wasFlood)
+        return;
+    Queue.TakenBehind.Bytes.ReleaseSpare();
+    if (isFlood == wasFlood)
+        return;
+    ForgetStorage(Queue.TakenWhole);
+    const Held looking(Queue.QueueLock);
+    ForgetStorage(Client.PacketQueue);
+    Queue.Behind.Bytes.ReleaseSpare();
+}
+
+void Drain::ForgetStorage(std::vector<CNTPacket>& packets)
+{
+    if (packets.empty())
+        ForgetPages(packets.data(), packets.capacity() * sizeof(CNTPacket));
+}
+
 void Drain::Take()
 {
     const Held taking(Queue.QueueLock);
+    if (Client.PacketQueue.empty() && Queue.Behind.Count == 0)
+        return;
     Client.PacketQueue.swap(Queue.TakenWhole);
     Queue.Behind.Swap(Queue.TakenBehind);
     Queue.TakenPackets.store(Queue.TakenWhole.size() + Queue.TakenBehind.Count, std::memory_order_relaxed);

@@ -4,6 +4,7 @@
 #include "KesraNTC/net/private/LockRoles.h"
 
 #include <cstddef>
+#include <vector>
 
 class CNetClientIO;
 
@@ -28,6 +29,8 @@ public:
 private:
     bool IsAtEnd() const KESRANTC_LOCKING(requires_capability(DispatchRole));
     void ForgetWhole() KESRANTC_LOCKING(requires_capability(DispatchRole));
+    void GiveBack() KESRANTC_LOCKING(requires_capability(DispatchRole));
+    static void ForgetStorage(std::vector<CNTPacket>& packets);
     void Take() KESRANTC_LOCKING(requires_capability(DispatchRole));
     CNTPacket* NextBehind() KESRANTC_LOCKING(requires_capability(DispatchRole));
     void NoteDrained(std::size_t bytes) KESRANTC_LOCKING(requires_capability(DispatchRole));

@@ -8,7 +8,7 @@ namespace Kesra
 Outbox::~Outbox()
 {
     // The system lets go of a closed socket's write in a moment; until then it reads from the block.
-    if (IsWriting() && !HasOverlappedIoCompleted(&Block))
+    if (Writing && !HasOverlappedIoCompleted(&Block))
         Written.Wait(1000);
 }
 
@@ -33,31 +33,40 @@ bool Outbox::Send(const char* data, unsigned long size, std::size_t limit, SendP
         return now == 0 ? (progress.Error = WSA_NOT_ENOUGH_MEMORY, false)
                         : Fail(WSA_NOT_ENOUGH_MEMORY, progress);
     }
-    return Advance(progress);
+    return Advance(progress, false);
 }
 
-bool Outbox::Advance(SendProgress& progress)
+bool Outbox::Advance(SendProgress& progress, bool isReceiveThread)
 {
     if (Failure != 0)
         return Fail(Failure, progress);
-    while (!Waiting.IsEmpty()) {
-        if (!IsWriting()) {
-            const auto front = Waiting.Front();
-            unsigned long now = 0;
-            if (!SendNow(reinterpret_cast<const char*>(front.data()), front.size(), now, progress))
-                return Fail(progress.Error, progress);
-            const bool isFull = now != front.size();
-            Waiting.Pop(now);
-            if (isFull && !BeginWrite(progress))
-                return false;
-        }
-        if (IsWriting() && !TakeCompletion(progress))
+    const bool isGoing = PassOn(progress, isReceiveThread);
+    if (Waiting.IsEmpty())
+        Waiting.ReleaseSpare();
+    Busy.store(!Waiting.IsEmpty(), std::memory_order_relaxed);
+    return isGoing;
+}
+
+bool Outbox::PassOn(SendProgress& progress, bool isReceiveThread)
+{
+    for (;;) {
+        if (Writing && !TakeCompletion(progress))
             return false;
-        if (IsWriting())
+        if (Writing || Waiting.IsEmpty())
             return true;
+        const auto front = Waiting.Front();
+        unsigned long now = 0;
+        if (!SendNow(reinterpret_cast<const char*>(front.data()), front.size(), now, progress))
+            return Fail(progress.Error, progress);
+        const bool isFull = now != front.size();
+        Waiting.Pop(now);
+        if (isFull && !isReceiveThread) {
+            Written.Set();
+            return true;
+        }
+        if (isFull && !BeginWrite(progress))
+            return false;
     }
-    Waiting.ReleaseSpare();
-    return true;
 }
 
 bool Outbox::SendNow(const char* data, std::size_t size, unsigned long& sent, SendProgress& progress)
@@ -126,9 +135,10 @@ void Outbox::Drop()
 {
     if (Failure == 0)
         Failure = WSA_OPERATION_ABORTED;
-    if (IsWriting() && HasOverlappedIoCompleted(&Block))
+    Busy.store(false, std::memory_order_relaxed);
+    if (Writing && HasOverlappedIoCompleted(&Block))
         Writing = false;
-    if (IsWriting())
+    if (Writing)
         return;
     Waiting.Clear();
     Waiting.ReleaseSpare();

@@ -2,8 +2,13 @@
 
 #include "KesraNTC/base/CFixCharString.h"
 #include "KesraNTC/net/CNTPacket.h"
+#include "KesraNTC/world/CDRVector.h"
+#include "KesraNTC/world/CNTVector.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
 #include <vector>
 
 namespace Kesra
@@ -41,6 +46,84 @@ template <class T> void ReadField(CNTPacket& packet, std::vector<T>& list)
             break;
         ReadField(packet, element);
     }
+}
+
+/// How many bytes a field of this type always has; 0 where its own bytes decide.
+template <class Field> constexpr unsigned FixedBytes()
+{
+    if constexpr (std::is_same_v<Field, long> || std::is_same_v<Field, unsigned long>)
+        return 4;
+    else if constexpr (std::is_arithmetic_v<Field>)
+        return sizeof(Field);
+    else if constexpr (std::is_same_v<Field, CNTVector>)
+        return 2 * sizeof(float);
+    else if constexpr (std::is_same_v<Field, CDRVector>)
+        return 4 * sizeof(float);
+    else
+        return 0;
+}
+
+/// Reads fields that are known to be there, with the effect of a packet's own operators; but the position is
+/// stored once, at the end. Not for a packet that is read without scrambling. Streams like a packet.
+class FieldReader
+{
+public:
+    explicit FieldReader(unsigned char* at) : At(at) {}
+
+    template <class T> FieldReader& operator>>(T& value)
+    {
+        if constexpr (std::is_same_v<T, long>)
+            value = static_cast<std::int32_t>(Take<std::uint32_t>());
+        else if constexpr (std::is_same_v<T, unsigned long>)
+            value = Take<std::uint32_t>();
+        else if constexpr (std::is_same_v<T, bool>)
+            value = Take<std::uint8_t>() != 0;
+        else if constexpr (std::is_arithmetic_v<T>)
+            TakeInto(value);
+        else
+            ReadFields(*this, value);
+        return *this;
+    }
+
+private:
+    template <class T> void TakeInto(T& value)
+    {
+        using Bits = std::conditional_t<
+            sizeof(T) == 8, std::uint64_t,
+            std::conditional_t<sizeof(T) == 4, std::uint32_t,
+                               std::conditional_t<sizeof(T) == 2, std::uint16_t, std::uint8_t>>>;
+        const Bits bits = Take<Bits>();
+        std::memcpy(&value, &bits, sizeof value);
+    }
+    template <class Bits> Bits Take()
+    {
+        Bits bits;
+        std::memcpy(&bits, At, sizeof bits);
+        bits = static_cast<Bits>(bits ^ CNTPacket::KeyOf<Bits>());
+        std::memcpy(At, &bits, sizeof bits);
+        At += sizeof bits;
+        return bits;
+    }
+
+    unsigned char* At;
+};
+
+/// Reads all fields of a message, in order. Where they always have the same size, that they are all there is
+/// asked once.
+template <class... Fields> void ReadMessage(CNTPacket& packet, Fields&... fields)
+{
+    constexpr unsigned bytes = (0U + ... + FixedBytes<Fields>());
+    constexpr bool isFixed = bytes != 0 && ((FixedBytes<Fields>() != 0) && ...);
+    const unsigned point = packet.GetBufPoint();
+    if (isFixed && point + bytes <= std::min(packet.GetBufSize(), CNTPacket::Capacity)) {
+        if constexpr (isFixed) {
+            FieldReader reader(packet.GetBuf() + point);
+            (reader >> ... >> fields);
+        }
+        packet.SetBufPoint(static_cast<unsigned short>(point + bytes));
+        return;
+    }
+    (ReadField(packet, fields), ...);
 }
 
 } // namespace Kesra

@@ -27,7 +27,7 @@ struct MessageRow {
 /// Memory that runs out here is not the handler's failure.
 template <class... Fields> void Decode(CNTPacket& packet, std::tuple<Fields...>& fields)
 try {
-    std::apply([&](auto&... field) { (ReadField(packet, field), ...); }, fields);
+    std::apply([&](auto&... field) { ReadMessage(packet, field...); }, fields);
 } catch (const std::bad_alloc&) {
     throw OutOfMemory();
 }

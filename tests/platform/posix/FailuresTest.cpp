@@ -28,20 +28,20 @@ int SystemOption(SOCKET socket, int level, int option)
 TEST_F(FailuresTest, AnInterruptedConnectGoesOnToItsEnd)
 {
     {
-        const InterruptedConnect interrupted;
+        const Failing interrupted(SystemCall::Connect, EINTR);
         const Failing again(SystemCall::Poll, EINTR, 3);
         EXPECT_EQ(0, Server.Connect(Client));
         EXPECT_EQ(3, again.GetFailures());
     }
     EXPECT_EQ(4, send(Client, "data", 4, 0));
     {
-        const InterruptedConnect interrupted;
+        const Failing interrupted(SystemCall::Connect, EINTR);
         const Failing poll(SystemCall::Poll, ENOMEM);
         const TestSocket socket;
         EXPECT_EQ(SOCKET_ERROR, Server.Connect(socket));
         EXPECT_EQ(WSAENOBUFS, WSAGetLastError());
     }
-    const InterruptedConnect interrupted;
+    const Failing interrupted(SystemCall::Connect, EINTR);
     const TestSocket socket;
     const Failing option(SystemCall::GetSocketOption, ENOBUFS);
     EXPECT_EQ(SOCKET_ERROR, Server.Connect(socket));
@@ -163,6 +163,56 @@ TEST_F(FailuresTest, AWaitNeedsNoMemory)
     EXPECT_TRUE(answer.Wait(Limit));
     event.Set();
     fresh.join();
+}
+
+/// The lowest number that a new descriptor would get.
+int NextDescriptor()
+{
+    const int next = dup(0);
+    close(next);
+    return next;
+}
+
+TEST_F(FailuresTest, AFileWithoutAnObjectIsClosedAgain)
+{
+    const int next = NextDescriptor();
+    const Failing memory(SystemCall::NewWithoutThrow, ENOMEM);
+    EXPECT_EQ(INVALID_HANDLE_VALUE, CreateFileA("/dev/null", GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                                OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr));
+    EXPECT_EQ(ERROR_NOT_ENOUGH_MEMORY, GetLastError());
+    EXPECT_EQ(next, NextDescriptor());
+}
+
+/// In a process of its own: what is made at the first use lasts.
+TEST_F(FailuresTest, WhatCannotBeMadeAtTheFirstUseIsMadeLater)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto tryIt = [this] {
+        const auto wide = [] {
+            WCHAR character = 0;
+            MultiByteToWideChar(949, 0, "\xB0\xA1", 2, &character, 1);
+            return character;
+        };
+        Connect();
+        const int next = NextDescriptor();
+        std::thread([&] {
+            const Failing converter(SystemCall::OpenConverter, EMFILE);
+            const Failing key(SystemCall::CreateKey, EAGAIN);
+            EXPECT_EQ(u'?', wide());
+            EXPECT_EQ(nullptr, gethostbyname("localhost"));
+            char data[4];
+            Operation read;
+            ASSERT_EQ(WSA_IO_PENDING, read.Receive(Client, data, 4));
+            EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(read.Event(), 1));
+            PeerSends("data");
+            EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(read.Event(), Limit));
+        }).join();
+        EXPECT_EQ(next, NextDescriptor());
+        EXPECT_EQ(0xAC00, wide());
+        EXPECT_NE(nullptr, gethostbyname("localhost"));
+        std::_Exit(HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(tryIt(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(FailuresTest, KeepAliveTimesAreWholeSecondsOfTheSystem)

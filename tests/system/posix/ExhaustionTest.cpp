@@ -169,6 +169,16 @@ TEST_F(Exhaustion, ARequestWithoutARecord)
     EXPECT_EQ(Game.GetStatistics().PacketsSent, 0U);
 }
 
+TEST_F(Exhaustion, EndingNeedsNoMemory)
+{
+    ASSERT_TRUE(Game.ConnectTo(Server));
+    const NoMemory none(0);
+    EXPECT_EQ(Game.GetEndReason(), END_NONE);
+    Game.Disconnect();
+    Game.WaitForEnd();
+    EXPECT_EQ(Game.GetEndReason(), END_CLOSED_HERE);
+}
+
 /// In a process of its own: the stacks of threads that have ended are used again.
 TEST_F(Exhaustion, AThreadThatCannotBeStarted)
 {

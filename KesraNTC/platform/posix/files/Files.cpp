@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <limits>
+#include <new>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -176,7 +177,13 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES
     }
     if (creates)
         SetLastError(isThere ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
-    return Kesra::ToHandle(new FileObject(descriptor));
+    auto* object = new (std::nothrow) FileObject(descriptor);
+    if (object == nullptr) {
+        close(descriptor);
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return INVALID_HANDLE_VALUE;
+    }
+    return Kesra::ToHandle(object);
 }
 
 DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, DWORD method)

@@ -1,5 +1,7 @@
 #include "KesraNTC/platform/posix/memory/VirtualMemory.h"
 
+#include "KesraNTC/platform/private/Pages.h"
+
 #include <cstdint>
 #include <new>
 #include <sys/mman.h>
@@ -59,4 +61,13 @@ BOOL VirtualFree(LPVOID address, SIZE_T size, DWORD type)
         return TRUE;
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return FALSE;
+}
+
+void Kesra::ForgetPages(void* data, std::size_t size)
+{
+    const SIZE_T page = GetPageSize();
+    const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(data) + page - 1) / page * page;
+    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(data) + size) / page * page;
+    if (begin < end)
+        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
 }

@@ -44,7 +44,7 @@ private:
 /// The calling thread's own, freed with it; null when there is no memory.
 NameLookup* CurrentLookup()
 {
-    static const Kesra::ThreadKey key([](void* lookup) { delete static_cast<NameLookup*>(lookup); });
+    static Kesra::ThreadKey key([](void* lookup) { delete static_cast<NameLookup*>(lookup); });
     if (void* known = key.Get(); known != nullptr)
         return static_cast<NameLookup*>(known);
     std::unique_ptr<NameLookup> made(new (std::nothrow) NameLookup);

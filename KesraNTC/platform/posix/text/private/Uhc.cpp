@@ -1,9 +1,12 @@
 #include "KesraNTC/platform/posix/text/private/Uhc.h"
 
 #include "KesraNTC/platform/posix/text/private/UhcBestFit.h"
+#include "KesraNTC/platform/posix/waiting/private/Futex.h"
 
-#include <cstring>
 #include <iconv.h>
+#include <mutex>
+
+using Kesra::FutexLock;
 
 namespace
 {
@@ -24,7 +27,9 @@ constexpr char16_t WideOfFF = 0xF8F7;
 class Tables
 {
 public:
+    /// What needs no converter.
     Tables();
+    void Add(iconv_t converter);
 
     char16_t Wide[LastByte - FirstLead + 1][LastByte - FirstTrail + 1] = {};
     std::uint16_t Code[0x10000] = {};
@@ -43,10 +48,10 @@ Tables::Tables()
         for (unsigned i = 0; i < UserRowSize; ++i)
             Map(UserRows[row] << 8 | (FirstUserTrail + i),
                 static_cast<char16_t>(FirstUserWide + row * UserRowSize + i));
+}
 
-    const iconv_t converter = iconv_open("UTF-16LE", "CP949");
-    if (converter == reinterpret_cast<iconv_t>(-1))
-        return;
+void Tables::Add(iconv_t converter)
+{
     for (unsigned code = FirstLead << 8; code <= (LastByte << 8 | LastByte); ++code) {
         char bytes[2] = {static_cast<char>(code >> 8), static_cast<char>(code & 0xFF)};
         char16_t wide = 0;
@@ -59,7 +64,6 @@ Tables::Tables()
             Map(code, wide);
         iconv(converter, nullptr, nullptr, nullptr, nullptr);
     }
-    iconv_close(converter);
 }
 
 void Tables::Map(unsigned code, char16_t wide)
@@ -68,10 +72,36 @@ void Tables::Map(unsigned code, char16_t wide)
     Code[wide] = static_cast<std::uint16_t>(code);
 }
 
+/// Null while the system has no converter: short of descriptors or memory it may have one later.
+const Tables* FillWholePage()
+{
+    static FutexLock lock;
+    static Tables whole;
+    static bool isWhole = false;
+    const std::lock_guard guard(lock);
+    if (isWhole)
+        return &whole;
+    const iconv_t converter = iconv_open("UTF-16LE", "CP949");
+    if (converter == reinterpret_cast<iconv_t>(-1))
+        return nullptr;
+    whole.Add(converter);
+    iconv_close(converter);
+    isWhole = true;
+    return &whole;
+}
+
 const Tables& Page()
 {
-    static const Tables tables;
-    return tables;
+    static std::atomic<const Tables*> wholePage{nullptr};
+    const Tables* page = wholePage.load(std::memory_order_acquire);
+    if (page != nullptr)
+        return *page;
+    static const Tables little;
+    page = FillWholePage();
+    if (page == nullptr)
+        return little;
+    wholePage.store(page, std::memory_order_release);
+    return *page;
 }
 } // namespace
 

@@ -24,7 +24,7 @@ constexpr long BriefNanoseconds = 5000000;
 
 Waker& Waker::Current()
 {
-    static const ThreadKey key(&Waker::Leave);
+    static ThreadKey key(&Waker::Leave);
     if (!Own.IsRegistered)
         Own.IsRegistered = key.Set(&Own);
     return Own;
@@ -34,7 +34,7 @@ void Waker::EndWait()
 {
     // Usually only the end of the thread waits for those who are about to wake it.
     if (!IsRegistered)
-        AwaitRelease();
+        CloseDown();
 }
 
 bool Waker::IsCurrent() const
@@ -45,18 +45,18 @@ bool Waker::IsCurrent() const
 void Waker::Leave(void* waker)
 {
     auto* self = static_cast<Waker*>(waker);
-    self->AwaitRelease();
-    if (const int descriptor = self->WakeDescriptor.exchange(-1); descriptor >= 0)
-        close(descriptor);
+    self->CloseDown();
     // What ends later with the thread may wait once more.
     self->IsRegistered = false;
 }
 
-void Waker::AwaitRelease() const
+void Waker::CloseDown()
 {
     // Whoever holds a reference gives it back without waiting for anything.
     while (References.load(std::memory_order_acquire) != 0)
         sched_yield();
+    if (const int descriptor = WakeDescriptor.exchange(-1); descriptor >= 0)
+        close(descriptor);
 }
 
 void Waker::Notify()

@@ -49,7 +49,7 @@ private:
     bool BeginRest(std::uint32_t kind);
     int PollOnce(pollfd* descriptors, std::size_t count, const timespec* deadline);
     void OpenWakeDescriptor();
-    void AwaitRelease() const;
+    void CloseDown();
 
     std::atomic<std::uint32_t> State{Awake};
     std::atomic<std::uint32_t> References{0};
