@@ -5,6 +5,8 @@
 #include "tests/soak/Hostile.h"
 #include "tests/soak/Traveller.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -198,6 +200,8 @@ int main(int argc, char** argv)
     const long seconds = argc == 2 ? std::strtol(argv[1], nullptr, 10) : 0;
     if (seconds < 1)
         return std::fprintf(stderr, "usage: soak SECONDS, in a directory for the log\n"), 2;
+    // The servers' ends say by GoogleTest what they have waited for in vain.
+    testing::GTEST_FLAG(throw_on_failure) = true;
     try {
         return Soak::Soak(std::chrono::seconds(seconds)) ? 0 : 1;
     } catch (const std::exception& error) {

@@ -33,6 +33,7 @@ Options ParseOptions(int argc, char** argv)
 {
     CLI::App app{"Lets calls of the system fail under a client and checks that it keeps its promises."};
     Options options;
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     app.add_option("--places", options.Places, "at so many of its calls each call fails, one per session")
         ->capture_default_str();
     app.add_option("--cuts", options.Cuts, "sessions whose transfers are cut into pieces")

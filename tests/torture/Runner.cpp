@@ -115,7 +115,11 @@ void Runner::PlayHere(const Case* tortured)
     const Faults& faults = *KesraTortureFaults();
     const unsigned descriptors = Descriptors();
     const unsigned threads = Threads();
-    const Switch trouble{[&] { BeginFaults(faults, tortured); }, faults.End};
+    const auto isSpent = [&] {
+        const auto& plan = tortured->Failing;
+        return plan && !plan->Onwards && faults.FailuresOf(plan->Which) != 0;
+    };
+    const Switch trouble{[&] { BeginFaults(faults, tortured); }, faults.End, isSpent};
     const Demand demand = tortured != nullptr ? tortured->Wanted() : Demand::Exact;
     const bool isMemoryShort = tortured != nullptr && tortured->IsMemoryShort();
     // The game's thread, so that what belongs to it goes with it.

@@ -22,6 +22,7 @@ namespace
 constexpr auto Promised = 40s;
 constexpr auto Patient = 250ms;
 constexpr unsigned long PatientReply = 100; // milliseconds
+constexpr unsigned long UsualReply = 20000; // milliseconds
 constexpr unsigned long EndLimit = 40000;   // milliseconds
 constexpr int LittleBuffer = 4096;
 
@@ -71,13 +72,13 @@ void Session::Play(Demand demand, bool isMemoryShort, const Switch& faults)
     std::unique_ptr<CountingClient> client;
     Guarded("a client's constructor", true, [&] { client = std::make_unique<CountingClient>(Findings); });
     if (client != nullptr)
-        PlayOn(*client);
+        PlayOn(*client, faults);
     Stage("the end of the faults");
     faults.End();
     Wanted = Demand::Exact;
     // One that has had no memory for its events never connects.
     if (client != nullptr && !std::exchange(IsMemoryShort, false)) {
-        client->Requests.SetReplyTimeLimit(20000);
+        client->Requests.SetReplyTimeLimit(UsualReply);
         client->Startup(); // a socket that cannot be made undoes it
         Visit(*client, "localhost", Farewell::Close);
     }
@@ -100,11 +101,16 @@ void Session::Leave()
     client.reset();
 }
 
-void Session::PlayOn(CountingClient& client)
+void Session::PlayOn(CountingClient& client, const Switch& faults)
 {
     if (Wanted == Demand::Survival)
         client.Requests.SetReplyTimeLimit(PatientReply);
     Visit(client, "127.0.0.1", Farewell::Close);
+    // The next connection has nothing to do with what befell the one before.
+    if (Wanted == Demand::Survival && !IsMemoryShort && faults.IsSpent()) {
+        Wanted = Demand::Exact;
+        client.Requests.SetReplyTimeLimit(UsualReply);
+    }
     Visit(client, "localhost", Farewell::Reset);
     if (!client.IsAlive())
         return;

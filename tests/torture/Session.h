@@ -14,10 +14,11 @@ enum class Demand {
     Survival ///< what is promised whatever fails
 };
 
-/// Begins and ends what makes the trouble.
+/// Begins and ends what makes the trouble, and tells whether there is none to come anyway.
 struct Switch {
     std::function<void()> Begin;
     std::function<void()> End;
+    std::function<bool()> IsSpent;
 };
 
 /// What a game does with a server from the first connection to the last, and what must come of it.
@@ -31,14 +32,14 @@ public:
 
     /// A client that goes while it is connected, then one that plays three connections: the server closes the
     /// first and resets the second, at whose end the receive thread connects again, and the client ends the
-    /// third. Behind the end of the faults it has no more trouble, and a new client neither.
+    /// third. Behind the last fault it has no more trouble, and a new client neither.
     void Play(Demand demand, bool isMemoryShort, const Switch& faults);
 
 private:
     enum class Farewell { Close, Reset, Disconnect };
 
     void Leave();
-    void PlayOn(CountingClient& client);
+    void PlayOn(CountingClient& client, const Switch& faults);
     void Visit(CountingClient& client, const char* host, Farewell farewell);
     void Talk(CountingClient& client);
     void End(CountingClient& client, Farewell farewell);

@@ -113,15 +113,14 @@ private:
 template <class... Fields> void ReadMessage(CNTPacket& packet, Fields&... fields)
 {
     constexpr unsigned bytes = (0U + ... + FixedBytes<Fields>());
-    constexpr bool isFixed = bytes != 0 && ((FixedBytes<Fields>() != 0) && ...);
-    const unsigned point = packet.GetBufPoint();
-    if (isFixed && point + bytes <= std::min(packet.GetBufSize(), CNTPacket::Capacity)) {
-        if constexpr (isFixed) {
-            FieldReader reader(packet.GetBuf() + point);
+    if constexpr (bytes != 0 && ((FixedBytes<Fields>() != 0) && ...)) {
+        const unsigned end = packet.GetBufPoint() + bytes;
+        if (end <= std::min(packet.GetBufSize(), CNTPacket::Capacity)) {
+            FieldReader reader(packet.GetBuf() + packet.GetBufPoint());
             (reader >> ... >> fields);
+            packet.SetBufPoint(static_cast<unsigned short>(end));
+            return;
         }
-        packet.SetBufPoint(static_cast<unsigned short>(point + bytes));
-        return;
     }
     (ReadField(packet, fields), ...);
 }
