@@ -34,6 +34,10 @@ TEST(CodePages, KoreanTextGoesBothWays)
     const std::string bytes = "a\\\xB0\xA1\x81\x41\xC7\xD1\xA3\xC1\xA2\xE6";
     EXPECT_EQ(ToWide(949, bytes), wide);
     EXPECT_EQ(ToBytes(949, wide), bytes);
+    // The two rows of characters that users define.
+    const WideText defined = OLESTR("\uE000\uE05E\uE0BB");
+    EXPECT_EQ(ToWide(949, "\xC9\xA1\xFE\xA1\xFE\xFE"), defined);
+    EXPECT_EQ(ToBytes(949, defined), "\xC9\xA1\xFE\xA1\xFE\xFE");
 }
 
 TEST(CodePages, EveryDoubleByteCharacterComesBack)

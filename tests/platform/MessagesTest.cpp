@@ -45,7 +45,7 @@ TEST(Messages, EscapesStandForTheirCharacters)
                       "!"),
               " a.!");
     EXPECT_EQ(Message("a%nb%rc%td"), "a\r\nb\rc\td");
-    EXPECT_EQ(Message("a\nb\r\nc"), "a\r\nb\r\nc");
+    EXPECT_EQ(Message("a\nb\r\nc\rd"), "a\r\nb\r\nc\r\nd");
     EXPECT_EQ(Message("end%0 not shown"), "end");
 }
 
