@@ -108,6 +108,8 @@ TEST_F(Outbox, AServerThatOnlySendsClockMessagesJamsNobody)
     });
     isOver = true;
     Game.WaitForEnd();
+    // With both directions full the systems may take long to tell the server.
+    shutdown(Server.Descriptor(), SD_BOTH);
     sending.join();
     Game.ProcessQueuedMessageFromServer();
     EXPECT_EQ(Game.GetEndReason(), END_OUTBOX_FULL);
