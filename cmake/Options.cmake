@@ -12,6 +12,10 @@ endif()
 
 # What hangs is ended by its entry, whoever forgot to give it a limit of its own.
 set(DART_TESTING_TIMEOUT 300)
+if(CMAKE_CROSSCOMPILING)
+  # A whole program is one entry there.
+  set(DART_TESTING_TIMEOUT 480)
+endif()
 include(CTest)
 include(GNUInstallDirs)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)

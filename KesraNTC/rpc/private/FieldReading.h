@@ -2,6 +2,7 @@
 
 #include "KesraNTC/base/CFixCharString.h"
 #include "KesraNTC/net/CNTPacket.h"
+#include "KesraNTC/rpc/private/RequestFields.h"
 #include "KesraNTC/world/CDRVector.h"
 #include "KesraNTC/world/CNTVector.h"
 
@@ -48,20 +49,10 @@ template <class T> void ReadField(CNTPacket& packet, std::vector<T>& list)
     }
 }
 
-/// How many bytes a field of this type always has; 0 where its own bytes decide.
-template <class Field> constexpr unsigned FixedBytes()
-{
-    if constexpr (std::is_same_v<Field, long> || std::is_same_v<Field, unsigned long>)
-        return 4;
-    else if constexpr (std::is_arithmetic_v<Field>)
-        return sizeof(Field);
-    else if constexpr (std::is_same_v<Field, CNTVector>)
-        return 2 * sizeof(float);
-    else if constexpr (std::is_same_v<Field, CDRVector>)
-        return 4 * sizeof(float);
-    else
-        return 0;
-}
+/// Whether a field of this type has the same size in every packet.
+template <class Field>
+constexpr bool IsFixed =
+    std::is_arithmetic_v<Field> || std::is_same_v<Field, CNTVector> || std::is_same_v<Field, CDRVector>;
 
 /// Reads fields that are known to be there, with the effect of a packet's own operators; but the position is
 /// stored once, at the end. Not for a packet that is read without scrambling. Streams like a packet.
@@ -112,9 +103,10 @@ private:
 /// asked once.
 template <class... Fields> void ReadMessage(CNTPacket& packet, Fields&... fields)
 {
-    constexpr unsigned bytes = (0U + ... + FixedBytes<Fields>());
-    if constexpr (bytes != 0 && ((FixedBytes<Fields>() != 0) && ...)) {
-        const unsigned end = packet.GetBufPoint() + bytes;
+    if constexpr (sizeof...(Fields) != 0 && (IsFixed<Fields> && ...)) {
+        FieldSize size;
+        (size << ... << fields);
+        const unsigned end = packet.GetBufPoint() + size.Bytes;
         if (end <= std::min(packet.GetBufSize(), CNTPacket::Capacity)) {
             FieldReader reader(packet.GetBuf() + packet.GetBufPoint());
             (reader >> ... >> fields);
